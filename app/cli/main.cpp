@@ -1,0 +1,87 @@
+// envline: the command-line front end.
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "host/db/operations.h"
+
+namespace {
+
+const char* kUsage =
+    "envline - envelope lines of rotational cutting tools from their 2D drawings\n"
+    "\n"
+    "Usage:\n"
+    "  envline smoke        build a small tool drawing in memory, explode it and\n"
+    "                       report what the drawing host sees (a self-check)\n"
+    "  envline --version    print the version\n"
+    "  envline --help       print this help\n"
+    "\n"
+    "Commands that read and write drawings (info, convert, outline, export) are\n"
+    "added as the outline engine and the drawing files land.\n";
+
+// A stepped shaft drawn as a block, inserted twice (once mirrored about the
+// axis): the same operations the outline engine relies on.
+int runSmoke() {
+  AcDbDatabase db;
+  AcDbObjectId blockId;
+  {
+    AcDbBlockTable* table = nullptr;
+    db.getBlockTable(table, AcDb::kForWrite);
+    auto* block = new AcDbBlockTableRecord;
+    block->setName("SHAFT");
+    table->add(blockId, block);
+    block->close();
+    table->close();
+  }
+  const AcGePoint3d profile[] = {{0, 0, 0}, {0, 5, 0}, {20, 5, 0}, {22, 3, 0}, {40, 3, 0}, {40, 0, 0}};
+  for (std::size_t i = 0; i + 1 < std::size(profile); ++i) {
+    AcDbObjectId id;
+    host::appendEntity(&db, new AcDbLine(profile[i], profile[i + 1]), id, blockId);
+  }
+  AcDbObjectId arcId;
+  host::appendEntity(&db, new AcDbArc(AcGePoint3d(30, 3, 0), 1.0, 0.0, 3.141592653589793), arcId, blockId);
+
+  AcDbObjectId upper, lower;
+  host::appendEntity(&db, new AcDbBlockReference(AcGePoint3d(0, 0, 0), blockId), upper);
+  auto* mirrored = new AcDbBlockReference(AcGePoint3d(0, 0, 0), blockId);
+  mirrored->setScaleFactors({1, -1, 1});
+  host::appendEntity(&db, mirrored, lower);
+
+  int lines = 0, arcs = 0;
+  AcDbExtents all;
+  for (const AcDbObjectId ref : {upper, lower}) {
+    AcDbObjectIdArray pieces;
+    host::explodeEntity(ref, pieces, true);
+    for (const AcDbObjectId id : pieces) {
+      AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
+      if (!ent) continue;
+      lines += ent->isKindOf(AcDbLine::desc());
+      arcs += ent->isKindOf(AcDbArc::desc());
+      AcDbExtents e;
+      if (ent->getGeomExtents(e) == Acad::eOk) all.addExt(e);
+    }
+  }
+  std::printf("model space: %d entities (%d lines, %d arcs)\n", host::allEntities(&db).length(), lines, arcs);
+  std::printf("extents: (%.3f, %.3f) - (%.3f, %.3f)\n", all.minPoint().x, all.minPoint().y, all.maxPoint().x,
+              all.maxPoint().y);
+  const bool ok = lines == 10 && arcs == 2 && all.maxPoint().y == 5 && all.minPoint().y == -5;
+  std::printf("%s\n", ok ? "drawing host: ok" : "drawing host: unexpected result");
+  return ok ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h")) {
+    std::fputs(kUsage, stdout);
+    return argc < 2 ? 2 : 0;
+  }
+  const std::string command = argv[1];
+  if (command == "--version") {
+    std::puts("envline 0.1.0");
+    return 0;
+  }
+  if (command == "smoke") return runSmoke();
+  std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
+  return 2;
+}

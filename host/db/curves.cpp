@@ -1,0 +1,565 @@
+#include "host/db/curves.h"
+
+#include <cmath>
+#include <numbers>
+
+#include "host/ge/circ_arc3d.h"
+#include "host/ge/ellip_arc3d.h"
+#include "host/ge/line_seg3d.h"
+#include "host/ge/nurb_curve3d.h"
+
+ACRX_DEFINE_MEMBERS(AcDbCurve, AcDbEntity)
+ACRX_DEFINE_MEMBERS(AcDbLine, AcDbCurve)
+ACRX_DEFINE_MEMBERS(AcDbArc, AcDbCurve)
+ACRX_DEFINE_MEMBERS(AcDbCircle, AcDbCurve)
+ACRX_DEFINE_MEMBERS(AcDbEllipse, AcDbCurve)
+ACRX_DEFINE_MEMBERS(AcDbSpline, AcDbCurve)
+
+namespace {
+constexpr double kTwoPi = 2 * std::numbers::pi;
+
+double normalizeAngle(double a) {
+  a = std::fmod(a, kTwoPi);
+  if (a < 0) a += kTwoPi;
+  if (a >= kTwoPi) a = 0;
+  return a;
+}
+
+// A normal within rounding of -Z: the entity is shown as its mirror image
+// with a +Z normal, which draws the same.
+bool isMinusZ(const AcGeVector3d& n) { return n.z < 0 && std::fabs(n.x) < 1e-12 && std::fabs(n.y) < 1e-12; }
+
+// Angle of point about center, in the plane of normal, from its object x axis.
+double angleInPlane(const AcGeVector3d& normal, const AcGePoint3d& center, const AcGePoint3d& point) {
+  AcGeVector3d v = point - center;
+  v.transformBy(AcGeMatrix3d::worldToPlane(normal));
+  return AcGeVector2d(v.x, v.y).angle();
+}
+
+// The image of the plane's orientation under xform: (M·x) × (M·y).
+AcGeVector3d transformedNormal(const AcGeVector3d& normal, const AcGeMatrix3d& xform) {
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(normal);
+  AcGeVector3d x(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  AcGeVector3d y(ocs.entry[0][1], ocs.entry[1][1], ocs.entry[2][1]);
+  x.transformBy(xform);
+  y.transformBy(xform);
+  return x.crossProduct(y).normal();
+}
+
+bool isFiniteValue(double v) { return std::isfinite(v); }
+}  // namespace
+
+namespace host {
+
+void addCurveExtents(const AcGeCurve3d& curve, AcDbExtents& extents, int steps) {
+  AcGeInterval iv;
+  curve.getInterval(iv);
+  const double a = iv.lowerBound(), b = iv.upperBound();
+  extents.addPoint(curve.evalPoint(a));
+  extents.addPoint(curve.evalPoint(b));
+  if (!(b > a)) return;
+  // Extremes of each coordinate lie where its derivative changes sign;
+  // find every sign change on a fine grid and refine it by bisection.
+  const int kSteps = std::max(steps, 8);
+  auto component = [&](double t, int k) {
+    const AcGeVector3d d = curve.evalDeriv(t);
+    return k == 0 ? d.x : k == 1 ? d.y : d.z;
+  };
+  for (int k = 0; k < 3; ++k) {
+    double t0 = a, f0 = component(a, k);
+    for (int i = 1; i <= kSteps; ++i) {
+      const double t1 = i == kSteps ? b : a + (b - a) * i / kSteps;
+      const double f1 = component(t1, k);
+      if ((f0 < 0 && f1 > 0) || (f0 > 0 && f1 < 0)) {
+        double lo = t0, hi = t1, flo = f0;
+        for (int it = 0; it < 80 && hi - lo > 1e-16 * std::max(1.0, std::fabs(lo)); ++it) {
+          const double mid = (lo + hi) / 2, fm = component(mid, k);
+          if ((fm < 0) == (flo < 0)) {
+            lo = mid;
+            flo = fm;
+          } else {
+            hi = mid;
+          }
+        }
+        extents.addPoint(curve.evalPoint((lo + hi) / 2));
+      } else if (f1 == 0) {
+        extents.addPoint(curve.evalPoint(t1));
+      }
+      t0 = t1;
+      f0 = f1;
+    }
+  }
+}
+
+}  // namespace host
+
+// --- AcDbCurve -------------------------------------------------------------
+
+Acad::ErrorStatus AcDbCurve::getAcGeCurve(AcGeCurve3d*& curve) const {
+  curve = geCurve().release();
+  return curve ? Acad::eOk : Acad::eNotApplicable;
+}
+
+Acad::ErrorStatus AcDbCurve::getStartParam(double& param) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  AcGeInterval iv;
+  c->getInterval(iv);
+  param = iv.lowerBound();
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCurve::getEndParam(double& param) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  AcGeInterval iv;
+  c->getInterval(iv);
+  param = iv.upperBound();
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCurve::getStartPoint(AcGePoint3d& point) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  point = c->startPoint();
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCurve::getEndPoint(AcGePoint3d& point) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  point = c->endPoint();
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCurve::getPointAtParam(double param, AcGePoint3d& point) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  point = c->evalPoint(param);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCurve::getDistAtParam(double param, double& dist) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eNotApplicable;
+  AcGeInterval iv;
+  c->getInterval(iv);
+  if (param < iv.lowerBound() - 1e-12 || param > iv.upperBound() + 1e-12) return Acad::eInvalidInput;
+  dist = c->length(iv.lowerBound(), param);
+  return Acad::eOk;
+}
+
+// --- AcDbLine --------------------------------------------------------------
+
+Acad::ErrorStatus AcDbLine::setStartPoint(const AcGePoint3d& p) {
+  if (!isFinite(p)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_start = p;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbLine::setEndPoint(const AcGePoint3d& p) {
+  if (!isFinite(p)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_end = p;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbLine::setThickness(double t) {
+  if (!isFiniteValue(t)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_thickness = t;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbLine::setNormal(const AcGeVector3d& n) {
+  if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_normal = n.normal();
+  return Acad::eOk;
+}
+
+std::unique_ptr<AcGeCurve3d> AcDbLine::geCurve() const { return std::make_unique<AcGeLineSeg3d>(m_start, m_end); }
+
+Acad::ErrorStatus AcDbLine::getGeomExtents(AcDbExtents& extents) const {
+  extents = AcDbExtents();
+  extents.addPoint(m_start);
+  extents.addPoint(m_end);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbLine::transformBy(const AcGeMatrix3d& xform) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_start.transformBy(xform);
+  m_end.transformBy(xform);
+  AcGeVector3d n = m_normal;
+  n.transformBy(xform);
+  if (!n.isZeroLength()) m_normal = n.normal();
+  return Acad::eOk;
+}
+
+// --- AcDbArc ---------------------------------------------------------------
+
+AcDbArc::AcDbArc(const AcGePoint3d& center, double radius, double startAngle, double endAngle)
+    : AcDbArc(center, AcGeVector3d::kZAxis, radius, startAngle, endAngle) {}
+
+AcDbArc::AcDbArc(const AcGePoint3d& center, const AcGeVector3d& normal, double radius, double startAngle,
+                 double endAngle)
+    : m_center(center),
+      m_normal(normal.normal()),
+      m_radius(radius),
+      m_startAngle(normalizeAngle(startAngle)),
+      m_endAngle(normalizeAngle(endAngle)) {}
+
+Acad::ErrorStatus AcDbArc::setCenter(const AcGePoint3d& c) {
+  if (!isFinite(c)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_center = c;
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbArc::setRadius(double r) {
+  if (!isFiniteValue(r) || r < 0) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_radius = r;
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbArc::setStartAngle(double a) {
+  if (!isFiniteValue(a)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_startAngle = normalizeAngle(a);
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbArc::setEndAngle(double a) {
+  if (!isFiniteValue(a)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_endAngle = normalizeAngle(a);
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbArc::setNormal(const AcGeVector3d& n) {
+  if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_normal = n.normal();
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbArc::setThickness(double t) {
+  if (!isFiniteValue(t)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_thickness = t;
+  return Acad::eOk;
+}
+
+double AcDbArc::sweep() const {
+  double s = m_endAngle - m_startAngle;
+  if (s <= 0) s += kTwoPi;
+  return s;
+}
+
+std::unique_ptr<AcGeCurve3d> AcDbArc::geCurve() const {
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
+  const AcGeVector3d ref(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  return std::make_unique<AcGeCircArc3d>(m_center, m_normal, ref, m_radius, m_startAngle,
+                                         m_startAngle + sweep());
+}
+
+Acad::ErrorStatus AcDbArc::getGeomExtents(AcDbExtents& extents) const {
+  extents = AcDbExtents();
+  host::addCurveExtents(*geCurve(), extents);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbArc::transformBy(const AcGeMatrix3d& xform) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  if (!xform.isUniScaledOrtho()) return Acad::eCannotScaleNonUniformly;
+  const auto curve = geCurve();
+  AcGePoint3d s = curve->startPoint(), e = curve->endPoint(), c = m_center;
+  s.transformBy(xform);
+  e.transformBy(xform);
+  c.transformBy(xform);
+  AcGeVector3d n = transformedNormal(m_normal, xform);
+  if (isMinusZ(n)) {
+    // Mirrored in its plane: the same arc runs counter-clockwise about +Z
+    // from the image of its end to the image of its start.
+    n = AcGeVector3d::kZAxis;
+    std::swap(s, e);
+  }
+  const bool full = sweep() >= kTwoPi;
+  m_center = c;
+  m_normal = n;
+  m_radius *= xform.scale();
+  m_startAngle = angleInPlane(n, c, s);
+  m_endAngle = full ? m_startAngle : angleInPlane(n, c, e);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbArc::getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const {
+  if (xform.isUniScaledOrtho()) return AcDbEntity::getTransformedCopy(xform, copy);
+  // Under a non-uniform scale the arc becomes an elliptical arc.
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
+  AcGeVector3d p(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  AcGeVector3d q = m_normal.crossProduct(p);
+  p = p * m_radius;
+  q = q * m_radius;
+  p.transformBy(xform);
+  q.transformBy(xform);
+  AcGePoint3d c = m_center;
+  c.transformBy(xform);
+  AcDbEllipse* ellipse = AcDbEllipse::fromConjugate(c, p, q, m_startAngle, m_startAngle + sweep());
+  if (!ellipse) return Acad::eDegenerateGeometry;
+  ellipse->setPropertiesFrom(this);
+  copy = ellipse;
+  return Acad::eOk;
+}
+
+// --- AcDbCircle ------------------------------------------------------------
+
+Acad::ErrorStatus AcDbCircle::setCenter(const AcGePoint3d& c) {
+  if (!isFinite(c)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_center = c;
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbCircle::setRadius(double r) {
+  if (!isFiniteValue(r) || r < 0) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_radius = r;
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbCircle::setNormal(const AcGeVector3d& n) {
+  if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_normal = n.normal();
+  return Acad::eOk;
+}
+Acad::ErrorStatus AcDbCircle::setThickness(double t) {
+  if (!isFiniteValue(t)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_thickness = t;
+  return Acad::eOk;
+}
+
+std::unique_ptr<AcGeCurve3d> AcDbCircle::geCurve() const {
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
+  const AcGeVector3d ref(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  return std::make_unique<AcGeCircArc3d>(m_center, m_normal, ref, m_radius, 0, kTwoPi);
+}
+
+Acad::ErrorStatus AcDbCircle::getGeomExtents(AcDbExtents& extents) const {
+  extents = AcDbExtents();
+  // Along each axis the circle reaches r·sqrt(1 - n_k²) from its centre.
+  const AcGeVector3d half(m_radius * std::sqrt(std::max(0.0, 1 - m_normal.x * m_normal.x)),
+                          m_radius * std::sqrt(std::max(0.0, 1 - m_normal.y * m_normal.y)),
+                          m_radius * std::sqrt(std::max(0.0, 1 - m_normal.z * m_normal.z)));
+  extents.addPoint(m_center - half);
+  extents.addPoint(m_center + half);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCircle::transformBy(const AcGeMatrix3d& xform) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  if (!xform.isUniScaledOrtho()) return Acad::eCannotScaleNonUniformly;
+  m_center.transformBy(xform);
+  AcGeVector3d n = transformedNormal(m_normal, xform);
+  if (isMinusZ(n)) n = AcGeVector3d::kZAxis;
+  m_normal = n;
+  m_radius *= xform.scale();
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbCircle::getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const {
+  if (xform.isUniScaledOrtho()) return AcDbEntity::getTransformedCopy(xform, copy);
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
+  AcGeVector3d p(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  AcGeVector3d q = m_normal.crossProduct(p);
+  p = p * m_radius;
+  q = q * m_radius;
+  p.transformBy(xform);
+  q.transformBy(xform);
+  AcGePoint3d c = m_center;
+  c.transformBy(xform);
+  AcDbEllipse* ellipse = AcDbEllipse::fromConjugate(c, p, q, 0, kTwoPi);
+  if (!ellipse) return Acad::eDegenerateGeometry;
+  ellipse->setPropertiesFrom(this);
+  copy = ellipse;
+  return Acad::eOk;
+}
+
+// --- AcDbEllipse -----------------------------------------------------------
+
+AcDbEllipse::AcDbEllipse(const AcGePoint3d& center, const AcGeVector3d& normal, const AcGeVector3d& majorAxis,
+                         double radiusRatio, double startParam, double endParam)
+    : m_center(center),
+      m_normal(normal.normal()),
+      m_major(majorAxis),
+      m_ratio(radiusRatio),
+      m_startParam(startParam),
+      m_endParam(endParam) {}
+
+AcGeVector3d AcDbEllipse::minorAxis() const { return m_normal.crossProduct(m_major) * m_ratio; }
+
+Acad::ErrorStatus AcDbEllipse::set(const AcGePoint3d& center, const AcGeVector3d& normal,
+                                   const AcGeVector3d& majorAxis, double radiusRatio, double startParam,
+                                   double endParam) {
+  if (!isFinite(center) || !isFinite(normal) || !isFinite(majorAxis) || !isFiniteValue(radiusRatio) ||
+      !isFiniteValue(startParam) || !isFiniteValue(endParam) || normal.isZeroLength())
+    return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_center = center;
+  m_normal = normal.normal();
+  m_major = majorAxis;
+  m_ratio = radiusRatio;
+  m_startParam = startParam;
+  m_endParam = endParam;
+  return Acad::eOk;
+}
+
+bool AcDbEllipse::isClosed() const {
+  double sweep = m_endParam - m_startParam;
+  if (sweep <= 0) sweep += kTwoPi;
+  return sweep >= kTwoPi - 1e-12;
+}
+
+std::unique_ptr<AcGeCurve3d> AcDbEllipse::geCurve() const {
+  double end = m_endParam;
+  while (end <= m_startParam) end += kTwoPi;
+  const double a = m_major.length();
+  return std::make_unique<AcGeEllipArc3d>(m_center, m_major, m_normal.crossProduct(m_major), a, a * m_ratio,
+                                          m_startParam, end);
+}
+
+Acad::ErrorStatus AcDbEllipse::getGeomExtents(AcDbExtents& extents) const {
+  extents = AcDbExtents();
+  host::addCurveExtents(*geCurve(), extents);
+  return Acad::eOk;
+}
+
+AcDbEllipse* AcDbEllipse::fromConjugate(const AcGePoint3d& c, const AcGeVector3d& p, const AcGeVector3d& q,
+                                        double t0, double t1) {
+  // Principal axes: the parameter where |p cos t + q sin t| is largest.
+  const double shift = 0.5 * std::atan2(2 * p.dotProduct(q), p.dotProduct(p) - q.dotProduct(q));
+  AcGeVector3d a = p * std::cos(shift) + q * std::sin(shift);
+  AcGeVector3d b = q * std::cos(shift) - p * std::sin(shift);
+  double offset = shift;
+  if (b.length() > a.length()) {
+    const AcGeVector3d t = a;
+    a = b;
+    b = -t;
+    offset += std::numbers::pi / 2;
+  }
+  const double la = a.length();
+  AcGeVector3d n = a.crossProduct(b);
+  if (la == 0 || n.isZeroLength()) return nullptr;
+  n = n.normal();
+  double s0 = t0 - offset, s1 = t1 - offset;
+  if (isMinusZ(n)) {
+    n = AcGeVector3d::kZAxis;
+    const double tmp = s0;
+    s0 = -s1;
+    s1 = -tmp;
+  }
+  const bool full = t1 - t0 >= kTwoPi - 1e-12;
+  double start = full ? 0 : normalizeAngle(s0);
+  double end = full ? kTwoPi : start + (s1 - s0);
+  return new AcDbEllipse(c, n, a, b.length() / la, start, end);
+}
+
+Acad::ErrorStatus AcDbEllipse::transformBy(const AcGeMatrix3d& xform) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  AcGeVector3d p = m_major, q = minorAxis();
+  p.transformBy(xform);
+  q.transformBy(xform);
+  AcGePoint3d c = m_center;
+  c.transformBy(xform);
+  double end = m_endParam;
+  while (end <= m_startParam) end += kTwoPi;
+  std::unique_ptr<AcDbEllipse> image(fromConjugate(c, p, q, m_startParam, end));
+  if (!image) return Acad::eDegenerateGeometry;
+  m_center = image->m_center;
+  m_normal = image->m_normal;
+  m_major = image->m_major;
+  m_ratio = image->m_ratio;
+  m_startParam = image->m_startParam;
+  m_endParam = image->m_endParam;
+  return Acad::eOk;
+}
+
+// --- AcDbSpline ------------------------------------------------------------
+
+AcDbSpline::AcDbSpline(int degree, bool rational, bool closed, bool periodic, const AcGePoint3dArray& controlPoints,
+                       const AcGeDoubleArray& knots, const AcGeDoubleArray& weights)
+    : m_degree(degree),
+      m_rational(rational),
+      m_closed(closed),
+      m_periodic(periodic),
+      m_ctrl(controlPoints),
+      m_knots(knots),
+      m_weights(weights) {}
+
+AcDbSpline::AcDbSpline(const AcGePoint3dArray& fitPoints, const AcGeVector3d& startTangent,
+                       const AcGeVector3d& endTangent)
+    : m_fit(fitPoints), m_startTangent(startTangent), m_endTangent(endTangent) {
+  const AcGeNurbCurve3d c = AcGeNurbCurve3d::interpolate(fitPoints, startTangent, endTangent);
+  m_ctrl = c.controlPoints();
+  m_knots = c.knots();
+}
+
+Acad::ErrorStatus AcDbSpline::setNurbsData(int degree, bool rational, bool closed, bool periodic,
+                                           const AcGePoint3dArray& controlPoints, const AcGeDoubleArray& knots,
+                                           const AcGeDoubleArray& weights) {
+  for (const auto& p : controlPoints)
+    if (!isFinite(p)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_degree = degree;
+  m_rational = rational;
+  m_closed = closed;
+  m_periodic = periodic;
+  m_ctrl = controlPoints;
+  m_knots = knots;
+  m_weights = weights;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbSpline::setFitData(const AcGePoint3dArray& fitPoints, const AcGeVector3d& startTangent,
+                                         const AcGeVector3d& endTangent, double fitTolerance) {
+  for (const auto& p : fitPoints)
+    if (!isFinite(p)) return Acad::eInvalidInput;
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_fit = fitPoints;
+  m_startTangent = startTangent;
+  m_endTangent = endTangent;
+  m_fitTol = fitTolerance;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbSpline::setNormal(const AcGeVector3d& n) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_normal = n;
+  return Acad::eOk;
+}
+
+std::unique_ptr<AcGeCurve3d> AcDbSpline::geCurve() const {
+  AcGeNurbCurve3d c(m_degree, m_knots, m_ctrl, m_weights, m_periodic);
+  // Splines stored by fit points only are interpolated through them.
+  if (!c.isValid() && m_fit.length() >= 2) c = AcGeNurbCurve3d::interpolate(m_fit, m_startTangent, m_endTangent);
+  if (!c.isValid()) return nullptr;
+  return std::make_unique<AcGeNurbCurve3d>(c);
+}
+
+Acad::ErrorStatus AcDbSpline::getGeomExtents(AcDbExtents& extents) const {
+  const auto c = geCurve();
+  if (!c) return Acad::eInvalidExtents;
+  extents = AcDbExtents();
+  host::addCurveExtents(*c, extents, 16 * (m_ctrl.length() + m_fit.length() + 4));
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus AcDbSpline::transformBy(const AcGeMatrix3d& xform) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  for (auto& p : m_ctrl) p.transformBy(xform);
+  for (auto& p : m_fit) p.transformBy(xform);
+  m_startTangent.transformBy(xform);
+  m_endTangent.transformBy(xform);
+  AcGeVector3d n = m_normal;
+  n.transformBy(xform);
+  if (!n.isZeroLength()) m_normal = n.normal();
+  return Acad::eOk;
+}

@@ -1,0 +1,141 @@
+#pragma once
+// A drawing: its objects, symbol tables, named-objects dictionary, header
+// variables and reactors.
+#include <deque>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/db/object.h"
+
+class AcDbBlockTable;
+class AcDbLayerTable;
+class AcDbLinetypeTable;
+class AcDbTextStyleTable;
+class AcDbRegAppTable;
+class AcDbDictionary;
+class AcDbIdMapping;
+
+// One header variable with its values in file order.
+struct AcDbHeaderVariable {
+  std::string name;  // with the leading '$'
+  GroupValues values;
+};
+
+class AcDbDatabase {
+ public:
+  // A new drawing with the standard tables and records: model and paper
+  // space, layer "0", linetypes ByBlock, ByLayer and Continuous, text style
+  // Standard, application ACAD and the named-objects dictionary.
+  explicit AcDbDatabase(bool buildDefaultDrawing = true);
+  ~AcDbDatabase();
+  AcDbDatabase(const AcDbDatabase&) = delete;
+  AcDbDatabase& operator=(const AcDbDatabase&) = delete;
+
+  AcDbObjectId blockTableId() const { return m_blockTable; }
+  AcDbObjectId layerTableId() const { return m_layerTable; }
+  AcDbObjectId linetypeTableId() const { return m_linetypeTable; }
+  AcDbObjectId textStyleTableId() const { return m_textStyleTable; }
+  AcDbObjectId regAppTableId() const { return m_regAppTable; }
+  AcDbObjectId namedObjectsDictionaryId() const { return m_namedObjects; }
+  AcDbObjectId groupDictionaryId() const;
+  AcDbObjectId modelSpaceId() const { return m_modelSpace; }
+  AcDbObjectId paperSpaceId() const { return m_paperSpace; }
+
+  Acad::ErrorStatus getBlockTable(AcDbBlockTable*& table, AcDb::OpenMode mode) const;
+  Acad::ErrorStatus getLayerTable(AcDbLayerTable*& table, AcDb::OpenMode mode) const;
+  Acad::ErrorStatus getLinetypeTable(AcDbLinetypeTable*& table, AcDb::OpenMode mode) const;
+  Acad::ErrorStatus getTextStyleTable(AcDbTextStyleTable*& table, AcDb::OpenMode mode) const;
+  Acad::ErrorStatus getRegAppTable(AcDbRegAppTable*& table, AcDb::OpenMode mode) const;
+  Acad::ErrorStatus getNamedObjectsDictionary(AcDbDictionary*& dict, AcDb::OpenMode mode) const;
+
+  AcDbObjectId clayer() const { return m_clayer; }
+  Acad::ErrorStatus setClayer(AcDbObjectId layerId);
+  AcDbObjectId byLayerLinetype() const { return m_byLayer; }
+  AcDbObjectId byBlockLinetype() const { return m_byBlock; }
+  AcDbObjectId continuousLinetype() const { return m_continuous; }
+  AcDbObjectId textstyle() const { return m_textStyle; }
+  AcDbObjectId layerZero() const { return m_layerZero; }
+
+  AcDbHandle handseed() const { return m_handseed; }
+  // Raises the seed; it never goes below a handle in use.
+  void setHandseed(AcDbHandle seed);
+
+  // Adds an object that has no owner yet (owners call this for their
+  // children). The database owns it from then on; it is open for write.
+  Acad::ErrorStatus addAcDbObject(AcDbObjectId& id, AcDbObject* obj);
+  // As addAcDbObject with a handle the object had in a file; a handle in use
+  // or the null handle gets a fresh one.
+  Acad::ErrorStatus addAcDbObjectWithHandle(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle);
+  Acad::ErrorStatus getAcDbObjectId(AcDbObjectId& id, bool createIfNotFound, const AcDbHandle& handle);
+
+  // Clones objects (entities with what they own) into the owner, normally a
+  // block table record; the mapping pairs every original with its clone.
+  Acad::ErrorStatus deepCloneObjects(const AcDbObjectIdArray& ids, AcDbObjectId owner,
+                                     AcDbIdMapping& mapping, bool deferXlation = false);
+
+  void addReactor(AcDbDatabaseReactor* reactor);
+  void removeReactor(AcDbDatabaseReactor* reactor);
+
+  // Header variables that no typed member holds, in file order.
+  std::vector<AcDbHeaderVariable>& headerVariables() { return m_header; }
+  const std::vector<AcDbHeaderVariable>& headerVariables() const { return m_header; }
+  const AcDbHeaderVariable* headerVariable(const std::string& name) const;
+  void setHeaderVariable(const std::string& name, GroupValues values);
+
+  int insunits() const { return m_insunits; }
+  void setInsunits(int units) { m_insunits = units; }
+  // Count of object slots ever used, erased objects included.
+  std::size_t numObjects() const { return m_slots.size(); }
+
+  // Host-internal access for ids, opening and notifications.
+  struct Slot {
+    AcDbObject* object = nullptr;
+    AcDbHandle handle;
+    AcDbObjectId owner;
+    std::uint16_t readers = 0;
+    bool writer = false;
+    bool erased = false;
+  };
+  Slot* slot(AcDbObjectId id);
+  const Slot* slot(AcDbObjectId id) const;
+  static AcDbDatabase* fromSerial(std::uint32_t serial);
+  std::uint32_t serial() const { return m_serial; }
+  void notifyAppended(const AcDbObject* obj) const;
+  void notifyModified(const AcDbObject* obj) const;
+  void notifyErased(const AcDbObject* obj, bool erased) const;
+  // Sets the well-known table ids after a reader has built the tables.
+  void setTableIds(AcDbObjectId blockTable, AcDbObjectId layerTable, AcDbObjectId linetypeTable,
+                   AcDbObjectId textStyleTable, AcDbObjectId regAppTable, AcDbObjectId namedObjects);
+  // Re-reads model/paper space, layer 0, the standard linetypes and the
+  // current layer and style from the tables.
+  void resolveStandardRecords();
+
+ private:
+  Acad::ErrorStatus addObject(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle);
+  void buildDefaultDrawing();
+  void indexHandles();
+
+  std::uint32_t m_serial = 0;
+  std::deque<Slot> m_slots;  // stable addresses, cheap growth
+  std::unique_ptr<std::unordered_map<std::uint64_t, std::uint32_t>> m_byHandle;  // built on first look-up
+  AcDbHandle m_handseed{1};
+  std::vector<AcDbDatabaseReactor*> m_reactors;
+  std::vector<AcDbHeaderVariable> m_header;
+
+  AcDbObjectId m_blockTable, m_layerTable, m_linetypeTable, m_textStyleTable, m_regAppTable;
+  AcDbObjectId m_namedObjects, m_modelSpace, m_paperSpace;
+  AcDbObjectId m_clayer, m_layerZero, m_byLayer, m_byBlock, m_continuous, m_textStyle;
+  int m_insunits = 4;  // millimetres
+};
+
+// The database that host operations without a database argument act on.
+struct AcDbHostApplicationServices {
+  AcDbDatabase* workingDatabase() const { return m_working; }
+  void setWorkingDatabase(AcDbDatabase* db) { m_working = db; }
+
+ private:
+  AcDbDatabase* m_working = nullptr;
+};
+AcDbHostApplicationServices* acdbHostApplicationServices();

@@ -1,0 +1,149 @@
+#include "host/db/operations.h"
+
+#include "host/db/peek.h"
+
+namespace host {
+
+namespace {
+bool finitePoint(const AcGePoint3d& p) { return isFinite(p); }
+}  // namespace
+
+bool hasFiniteGeometry(const AcDbEntity* e) {
+  if (const auto* l = AcDbLine::cast(e)) return finitePoint(l->startPoint()) && finitePoint(l->endPoint());
+  if (const auto* a = AcDbArc::cast(e))
+    return finitePoint(a->center()) && std::isfinite(a->radius()) && std::isfinite(a->startAngle()) &&
+           std::isfinite(a->endAngle());
+  if (const auto* c = AcDbCircle::cast(e)) return finitePoint(c->center()) && std::isfinite(c->radius());
+  if (const auto* el = AcDbEllipse::cast(e))
+    return finitePoint(el->center()) && isFinite(el->majorAxis()) && std::isfinite(el->radiusRatio());
+  if (const auto* s = AcDbSpline::cast(e)) {
+    for (const auto& p : s->controlPoints())
+      if (!finitePoint(p)) return false;
+    for (const auto& p : s->fitPoints())
+      if (!finitePoint(p)) return false;
+    return true;
+  }
+  if (const auto* p = AcDbPolyline::cast(e)) {
+    for (const auto& v : p->vertices())
+      if (!std::isfinite(v.point.x) || !std::isfinite(v.point.y) || !std::isfinite(v.bulge)) return false;
+    return std::isfinite(p->elevation());
+  }
+  if (const auto* r = AcDbBlockReference::cast(e)) return finitePoint(r->position()) && std::isfinite(r->rotation());
+  if (const auto* t = AcDbText::cast(e)) return finitePoint(t->position());
+  if (const auto* pt = AcDbPoint::cast(e)) return finitePoint(pt->position());
+  return true;
+}
+
+Acad::ErrorStatus appendEntity(AcDbDatabase* db, AcDbEntity* entity, AcDbObjectId& id, AcDbObjectId blockId) {
+  id = AcDbObjectId::kNull;
+  if (!entity) return Acad::eNullObjectPointer;
+  if (!db || !hasFiniteGeometry(entity)) {
+    delete entity;
+    return db ? Acad::eInvalidInput : Acad::eNoDatabase;
+  }
+  AcDbBlockTableRecord* block = nullptr;
+  const Acad::ErrorStatus es =
+      acdbOpenObject(block, blockId.isNull() ? db->modelSpaceId() : blockId, AcDb::kForWrite);
+  if (es != Acad::eOk) {
+    delete entity;
+    return es;
+  }
+  const Acad::ErrorStatus added = block->appendAcDbEntity(id, entity);
+  if (added == Acad::eOk) entity->close();
+  else delete entity;
+  block->close();
+  return added;
+}
+
+Acad::ErrorStatus eraseObject(AcDbObjectId id) {
+  if (id.isNull()) return Acad::eOk;
+  if (id.isErased()) return Acad::eOk;
+  AcDbObject* obj = nullptr;
+  if (const auto es = acdbOpenAcDbObject(obj, id, AcDb::kForWrite); es != Acad::eOk) return es;
+  if (auto* group = AcDbGroup::cast(obj)) {
+    AcDbObjectIdArray members;
+    group->allEntityIds(members);
+    group->close();
+    for (const AcDbObjectId member : members) eraseObject(member);
+    return Acad::eOk;
+  }
+  const Acad::ErrorStatus es = obj->erase();
+  obj->close();
+  return es;
+}
+
+Acad::ErrorStatus explodeEntity(AcDbObjectId id, AcDbObjectIdArray& pieces, bool eraseOriginal) {
+  AcDbEntity* ent = nullptr;
+  if (const auto es = acdbOpenObject(ent, id, AcDb::kForRead); es != Acad::eOk) return es;
+  AcDbEntityArray parts;
+  const Acad::ErrorStatus es = ent->explode(parts);
+  const AcDbObjectId owner = ent->blockId();
+  AcDbDatabase* db = ent->database();
+  ent->close();
+  if (es != Acad::eOk) {
+    for (AcDbEntity* p : parts) delete p;
+    return es;
+  }
+  for (AcDbEntity* part : parts) {
+    AcDbObjectId pieceId;
+    if (appendEntity(db, part, pieceId, owner) == Acad::eOk) pieces.append(pieceId);
+  }
+  if (eraseOriginal) return eraseObject(id);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus findLayer(AcDbDatabase* db, const CString& name, AcDbObjectId& id, bool create) {
+  id = AcDbObjectId::kNull;
+  if (!db) return Acad::eNoDatabase;
+  const auto* table = peek<AcDbLayerTable>(db->layerTableId());
+  if (!table) return Acad::eKeyNotFound;
+  if (table->getAt(name, id) == Acad::eOk) return Acad::eOk;
+  if (!create) return Acad::eKeyNotFound;
+  AcDbLayerTable* writable = nullptr;
+  if (const auto es = db->getLayerTable(writable, AcDb::kForWrite); es != Acad::eOk) return es;
+  auto* record = new AcDbLayerTableRecord;
+  record->setName(name);
+  record->setLinetypeObjectId(db->continuousLinetype());
+  const Acad::ErrorStatus es = writable->add(id, record);
+  if (es == Acad::eOk) record->close();
+  else delete record;
+  writable->close();
+  return es;
+}
+
+AcDbObjectIdArray allEntities(const AcDbDatabase* db) {
+  AcDbObjectIdArray ids;
+  const auto* ms = db ? peek<AcDbBlockTableRecord>(db->modelSpaceId()) : nullptr;
+  if (!ms) return ids;
+  for (const AcDbObjectId id : ms->entityIds())
+    if (!id.isErased()) ids.append(id);
+  return ids;
+}
+
+AcDbObjectIdArray entitiesOnLayer(const AcDbDatabase* db, const CString& layer) {
+  AcDbObjectIdArray ids;
+  for (const AcDbObjectId id : allEntities(db)) {
+    const auto* ent = peek<AcDbEntity>(id);
+    if (ent && equalsNoCase(ent->layer(), layer)) ids.append(id);
+  }
+  return ids;
+}
+
+AcDbObjectIdArray selectByBox(const AcDbDatabase* db, const AcGePoint3d& c1, const AcGePoint3d& c2,
+                              SelectMode mode) {
+  const double x0 = std::min(c1.x, c2.x), x1 = std::max(c1.x, c2.x);
+  const double y0 = std::min(c1.y, c2.y), y1 = std::max(c1.y, c2.y);
+  AcDbObjectIdArray ids;
+  for (const AcDbObjectId id : allEntities(db)) {
+    const auto* ent = peek<AcDbEntity>(id);
+    AcDbExtents e;
+    if (!ent || ent->getGeomExtents(e) != Acad::eOk) continue;
+    const AcGePoint3d lo = e.minPoint(), hi = e.maxPoint();
+    const bool inside = lo.x >= x0 && hi.x <= x1 && lo.y >= y0 && hi.y <= y1;
+    const bool touches = lo.x <= x1 && hi.x >= x0 && lo.y <= y1 && hi.y >= y0;
+    if (mode == SelectMode::kWindow ? inside : touches) ids.append(id);
+  }
+  return ids;
+}
+
+}  // namespace host

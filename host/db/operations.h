@@ -1,0 +1,45 @@
+#pragma once
+// Database operations built from the object interface: creating, erasing
+// and exploding entities, and the selections the editor builds on.
+#include <memory>
+
+#include "host/db/block_reference.h"
+#include "host/db/curves.h"
+#include "host/db/database.h"
+#include "host/db/dictionary.h"
+#include "host/db/id_mapping.h"
+#include "host/db/other_entities.h"
+#include "host/db/polylines.h"
+#include "host/db/symbol_tables.h"
+
+namespace host {
+
+// Appends an entity to a block table record (model space when blockId is
+// null) and closes it. On failure the entity is deleted and id stays null.
+// Entities with NaN or infinite coordinates are refused (eInvalidInput).
+Acad::ErrorStatus appendEntity(AcDbDatabase* db, AcDbEntity* entity, AcDbObjectId& id,
+                               AcDbObjectId blockId = AcDbObjectId::kNull);
+
+// Erases the object; a group erases its members (recursively) and stays.
+// A null id does nothing; an already erased object counts as done.
+Acad::ErrorStatus eraseObject(AcDbObjectId id);
+
+// Explodes the entity, appends the pieces to the block that owns it (model
+// space for a free entity) and collects their ids in order; the original is
+// erased when eraseOriginal.
+Acad::ErrorStatus explodeEntity(AcDbObjectId id, AcDbObjectIdArray& pieces, bool eraseOriginal);
+
+// Looks up a layer by name; creates it when create and it is missing.
+Acad::ErrorStatus findLayer(AcDbDatabase* db, const CString& name, AcDbObjectId& id, bool create = false);
+
+// Selections by extents.
+enum class SelectMode { kWindow, kCrossing };
+AcDbObjectIdArray allEntities(const AcDbDatabase* db);  // unerased, model space order
+AcDbObjectIdArray entitiesOnLayer(const AcDbDatabase* db, const CString& layer);  // exact name
+AcDbObjectIdArray selectByBox(const AcDbDatabase* db, const AcGePoint3d& corner1, const AcGePoint3d& corner2,
+                              SelectMode mode);
+
+// True when every coordinate of the entity's defining points is finite.
+bool hasFiniteGeometry(const AcDbEntity* entity);
+
+}  // namespace host

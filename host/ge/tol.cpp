@@ -1,0 +1,3 @@
+#include "host/ge/tol.h"
+
+AcGeTol AcGeContext::gTol;
