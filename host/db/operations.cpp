@@ -34,6 +34,20 @@ bool hasFiniteGeometry(const AcDbEntity* e) {
   return true;
 }
 
+Acad::ErrorStatus presentInWorld(AcDbEntity* entity) {
+  if (!entity) return Acad::eNullObjectPointer;
+  AcGeVector3d n = AcGeVector3d::kZAxis;
+  if (const auto* a = AcDbArc::cast(entity)) n = a->normal();
+  else if (const auto* c = AcDbCircle::cast(entity)) n = c->normal();
+  else if (const auto* e = AcDbEllipse::cast(entity)) n = e->normal();
+  else if (const auto* p = AcDbPolyline::cast(entity)) n = p->normal();
+  else if (const auto* p2 = AcDb2dPolyline::cast(entity)) n = p2->normal();
+  else if (const auto* h = AcDbHatch::cast(entity)) n = h->normal();
+  else return Acad::eOk;
+  const bool minusZ = n.z < 0 && std::fabs(n.x) < 1e-12 && std::fabs(n.y) < 1e-12;
+  return minusZ ? entity->transformBy(AcGeMatrix3d::kIdentity) : Acad::eOk;
+}
+
 Acad::ErrorStatus appendEntity(AcDbDatabase* db, AcDbEntity* entity, AcDbObjectId& id, AcDbObjectId blockId) {
   id = AcDbObjectId::kNull;
   if (!entity) return Acad::eNullObjectPointer;

@@ -42,4 +42,10 @@ AcDbObjectIdArray selectByBox(const AcDbDatabase* db, const AcGePoint3d& corner1
 // True when every coordinate of the entity's defining points is finite.
 bool hasFiniteGeometry(const AcDbEntity* entity);
 
+// Re-expresses a planar entity whose normal is (0,0,-1), as mirrored drawings
+// store them, with a +Z normal: the same points, arcs counter-clockwise about
+// +Z, bulges negated. Other entities are left as they are. The entity must be
+// open for write (or not yet in a database).
+Acad::ErrorStatus presentInWorld(AcDbEntity* entity);
+
 }  // namespace host

@@ -250,10 +250,6 @@ Acad::ErrorStatus AcDbPolyline::transformBy(const AcGeMatrix3d& xform) {
   return Acad::eOk;
 }
 
-Acad::ErrorStatus AcDbPolyline::getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const {
-  return AcDbEntity::getTransformedCopy(xform, copy);
-}
-
 Acad::ErrorStatus AcDbPolyline::explode(AcDbEntityArray& entities) const {
   explodeChain(*this, m_normal, m_elevation, m_verts, m_closed, entities);
   return Acad::eOk;

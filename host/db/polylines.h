@@ -51,7 +51,6 @@ class AcDbPolyline : public AcDbCurve {
   std::unique_ptr<AcGeCurve3d> geCurve() const override;  // null: a polyline has several pieces
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
   Acad::ErrorStatus transformBy(const AcGeMatrix3d& xform) override;
-  Acad::ErrorStatus getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const override;
   // Lines and arcs, one a segment; zero-length segments give nothing.
   Acad::ErrorStatus explode(AcDbEntityArray& entities) const override;
   AcDbObject* cloneObject() const override { return new AcDbPolyline(*this); }

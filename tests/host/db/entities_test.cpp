@@ -38,6 +38,25 @@ TEST(Arc, MinusZNormalIsPresentedInWorldCoordinates) {
   EXPECT_NEAR(e1.distanceTo(s0), 0, 1e-12);
 }
 
+TEST(PresentInWorld, MirroredDrawingsReadAsPlusZWithTheSamePoints) {
+  AcDbCircle circle(AcGePoint3d(-4, 1, -2), AcGeVector3d(0, 0, -1), 3);
+  ASSERT_EQ(host::presentInWorld(&circle), Acad::eOk);
+  EXPECT_EQ(circle.normal(), AcGeVector3d::kZAxis);
+  EXPECT_EQ(circle.center(), AcGePoint3d(-4, 1, -2));
+  AcDbEllipse ellipse(AcGePoint3d(0, 0, 0), AcGeVector3d(0, 0, -1), AcGeVector3d(2, 0, 0), 0.5, 0, 1);
+  AcGePoint3d s0, e0, s1, e1;
+  ellipse.getStartPoint(s0);
+  ellipse.getEndPoint(e0);
+  ASSERT_EQ(host::presentInWorld(&ellipse), Acad::eOk);
+  EXPECT_EQ(ellipse.normal(), AcGeVector3d::kZAxis);
+  ellipse.getStartPoint(s1);
+  ellipse.getEndPoint(e1);
+  EXPECT_LT(s1.distanceTo(e0), 1e-12);
+  EXPECT_LT(e1.distanceTo(s0), 1e-12);
+  AcDbLine line({0, 0, 0}, {1, 1, 0});
+  EXPECT_EQ(host::presentInWorld(&line), Acad::eOk);
+}
+
 TEST(Ellipse, AffineTransformKeepsPointsOnTheImage) {
   AcDbEllipse e(AcGePoint3d(1, 2, 0), AcGeVector3d::kZAxis, AcGeVector3d(3, 1, 0), 0.4, 0.3, 2.5);
   const auto before = e.geCurve();
