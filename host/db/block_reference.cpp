@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "host/db/database.h"
+#include "host/db/setter.h"
 #include "host/db/other_entities.h"
 #include "host/db/peek.h"
 #include "host/db/symbol_tables.h"
@@ -55,34 +56,24 @@ void transformedBlockEntities(const AcDbBlockReference& ref, const AcDbBlockTabl
 }  // namespace
 
 Acad::ErrorStatus AcDbBlockReference::setBlockTableRecord(AcDbObjectId id) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_block = id;
-  return Acad::eOk;
+  HOST_SET(m_block, id);
 }
 Acad::ErrorStatus AcDbBlockReference::setPosition(const AcGePoint3d& p) {
   if (!isFinite(p)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_position = p;
-  return Acad::eOk;
+  HOST_SET(m_position, p);
 }
 Acad::ErrorStatus AcDbBlockReference::setScaleFactors(const AcGeScale3d& s) {
   if (!std::isfinite(s.sx) || !std::isfinite(s.sy) || !std::isfinite(s.sz) || s.sx == 0 || s.sy == 0 || s.sz == 0)
     return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_scale = s;
-  return Acad::eOk;
+  HOST_SET(m_scale, s);
 }
 Acad::ErrorStatus AcDbBlockReference::setRotation(double r) {
   if (!std::isfinite(r)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_rotation = r;
-  return Acad::eOk;
+  HOST_SET(m_rotation, r);
 }
 Acad::ErrorStatus AcDbBlockReference::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 
 AcGeMatrix3d AcDbBlockReference::blockTransform() const {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/db/setter.h"
 #include "host/ge/circ_arc3d.h"
 #include "host/ge/ellip_arc3d.h"
 #include "host/ge/line_seg3d.h"
@@ -47,6 +48,25 @@ AcGeVector3d transformedNormal(const AcGeVector3d& normal, const AcGeMatrix3d& x
 }
 
 bool isFiniteValue(double v) { return std::isfinite(v); }
+
+// The image of a circular arc (angles t0..t1 in the plane of normal) under
+// an affine map: an elliptical arc with the source's properties.
+Acad::ErrorStatus ellipticalImage(const AcDbEntity& source, const AcGePoint3d& center, const AcGeVector3d& normal,
+                                  double radius, double t0, double t1, const AcGeMatrix3d& xform,
+                                  AcDbEntity*& copy) {
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(normal);
+  const AcGeVector3d x(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  AcGeVector3d p = x * radius, q = normal.crossProduct(x) * radius;
+  p.transformBy(xform);
+  q.transformBy(xform);
+  AcGePoint3d c = center;
+  c.transformBy(xform);
+  AcDbEllipse* ellipse = AcDbEllipse::fromConjugate(c, p, q, t0, t1);
+  if (!ellipse) return Acad::eDegenerateGeometry;
+  ellipse->setPropertiesFrom(&source);
+  copy = ellipse;
+  return Acad::eOk;
+}
 }  // namespace
 
 namespace host {
@@ -153,30 +173,22 @@ Acad::ErrorStatus AcDbCurve::getDistAtParam(double param, double& dist) const {
 
 Acad::ErrorStatus AcDbLine::setStartPoint(const AcGePoint3d& p) {
   if (!isFinite(p)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_start = p;
-  return Acad::eOk;
+  HOST_SET(m_start, p);
 }
 
 Acad::ErrorStatus AcDbLine::setEndPoint(const AcGePoint3d& p) {
   if (!isFinite(p)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_end = p;
-  return Acad::eOk;
+  HOST_SET(m_end, p);
 }
 
 Acad::ErrorStatus AcDbLine::setThickness(double t) {
   if (!isFiniteValue(t)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_thickness = t;
-  return Acad::eOk;
+  HOST_SET(m_thickness, t);
 }
 
 Acad::ErrorStatus AcDbLine::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 
 std::unique_ptr<AcGeCurve3d> AcDbLine::geCurve() const { return std::make_unique<AcGeLineSeg3d>(m_start, m_end); }
@@ -213,39 +225,27 @@ AcDbArc::AcDbArc(const AcGePoint3d& center, const AcGeVector3d& normal, double r
 
 Acad::ErrorStatus AcDbArc::setCenter(const AcGePoint3d& c) {
   if (!isFinite(c)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_center = c;
-  return Acad::eOk;
+  HOST_SET(m_center, c);
 }
 Acad::ErrorStatus AcDbArc::setRadius(double r) {
   if (!isFiniteValue(r) || r < 0) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_radius = r;
-  return Acad::eOk;
+  HOST_SET(m_radius, r);
 }
 Acad::ErrorStatus AcDbArc::setStartAngle(double a) {
   if (!isFiniteValue(a)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_startAngle = normalizeAngle(a);
-  return Acad::eOk;
+  HOST_SET(m_startAngle, normalizeAngle(a));
 }
 Acad::ErrorStatus AcDbArc::setEndAngle(double a) {
   if (!isFiniteValue(a)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_endAngle = normalizeAngle(a);
-  return Acad::eOk;
+  HOST_SET(m_endAngle, normalizeAngle(a));
 }
 Acad::ErrorStatus AcDbArc::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 Acad::ErrorStatus AcDbArc::setThickness(double t) {
   if (!isFiniteValue(t)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_thickness = t;
-  return Acad::eOk;
+  HOST_SET(m_thickness, t);
 }
 
 double AcDbArc::sweep() const {
@@ -294,47 +294,26 @@ Acad::ErrorStatus AcDbArc::transformBy(const AcGeMatrix3d& xform) {
 Acad::ErrorStatus AcDbArc::getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const {
   if (xform.isUniScaledOrtho()) return AcDbEntity::getTransformedCopy(xform, copy);
   // Under a non-uniform scale the arc becomes an elliptical arc.
-  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
-  AcGeVector3d p(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
-  AcGeVector3d q = m_normal.crossProduct(p);
-  p = p * m_radius;
-  q = q * m_radius;
-  p.transformBy(xform);
-  q.transformBy(xform);
-  AcGePoint3d c = m_center;
-  c.transformBy(xform);
-  AcDbEllipse* ellipse = AcDbEllipse::fromConjugate(c, p, q, m_startAngle, m_startAngle + sweep());
-  if (!ellipse) return Acad::eDegenerateGeometry;
-  ellipse->setPropertiesFrom(this);
-  copy = ellipse;
-  return Acad::eOk;
+  return ellipticalImage(*this, m_center, m_normal, m_radius, m_startAngle, m_startAngle + sweep(), xform, copy);
 }
 
 // --- AcDbCircle ------------------------------------------------------------
 
 Acad::ErrorStatus AcDbCircle::setCenter(const AcGePoint3d& c) {
   if (!isFinite(c)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_center = c;
-  return Acad::eOk;
+  HOST_SET(m_center, c);
 }
 Acad::ErrorStatus AcDbCircle::setRadius(double r) {
   if (!isFiniteValue(r) || r < 0) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_radius = r;
-  return Acad::eOk;
+  HOST_SET(m_radius, r);
 }
 Acad::ErrorStatus AcDbCircle::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 Acad::ErrorStatus AcDbCircle::setThickness(double t) {
   if (!isFiniteValue(t)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_thickness = t;
-  return Acad::eOk;
+  HOST_SET(m_thickness, t);
 }
 
 std::unique_ptr<AcGeCurve3d> AcDbCircle::geCurve() const {
@@ -367,20 +346,7 @@ Acad::ErrorStatus AcDbCircle::transformBy(const AcGeMatrix3d& xform) {
 
 Acad::ErrorStatus AcDbCircle::getTransformedCopy(const AcGeMatrix3d& xform, AcDbEntity*& copy) const {
   if (xform.isUniScaledOrtho()) return AcDbEntity::getTransformedCopy(xform, copy);
-  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
-  AcGeVector3d p(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
-  AcGeVector3d q = m_normal.crossProduct(p);
-  p = p * m_radius;
-  q = q * m_radius;
-  p.transformBy(xform);
-  q.transformBy(xform);
-  AcGePoint3d c = m_center;
-  c.transformBy(xform);
-  AcDbEllipse* ellipse = AcDbEllipse::fromConjugate(c, p, q, 0, kTwoPi);
-  if (!ellipse) return Acad::eDegenerateGeometry;
-  ellipse->setPropertiesFrom(this);
-  copy = ellipse;
-  return Acad::eOk;
+  return ellipticalImage(*this, m_center, m_normal, m_radius, 0, kTwoPi, xform, copy);
 }
 
 // --- AcDbEllipse -----------------------------------------------------------
@@ -531,9 +497,7 @@ Acad::ErrorStatus AcDbSpline::setFitData(const AcGePoint3dArray& fitPoints, cons
 }
 
 Acad::ErrorStatus AcDbSpline::setNormal(const AcGeVector3d& n) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n;
-  return Acad::eOk;
+  HOST_SET(m_normal, n);
 }
 
 std::unique_ptr<AcGeCurve3d> AcDbSpline::geCurve() const {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/db/setter.h"
 #include "host/ge/circ_arc3d.h"
 #include "host/ge/line_seg3d.h"
 
@@ -172,36 +173,24 @@ Acad::ErrorStatus AcDbPolyline::setWidthsAt(unsigned int index, double startWidt
 }
 
 Acad::ErrorStatus AcDbPolyline::setClosed(bool closed) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_closed = closed;
-  return Acad::eOk;
+  HOST_SET(m_closed, closed);
 }
 Acad::ErrorStatus AcDbPolyline::setElevation(double e) {
   if (!std::isfinite(e)) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_elevation = e;
-  return Acad::eOk;
+  HOST_SET(m_elevation, e);
 }
 Acad::ErrorStatus AcDbPolyline::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 Acad::ErrorStatus AcDbPolyline::setThickness(double t) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_thickness = t;
-  return Acad::eOk;
+  HOST_SET(m_thickness, t);
 }
 Acad::ErrorStatus AcDbPolyline::setConstantWidth(double w) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_constantWidth = w;
-  return Acad::eOk;
+  HOST_SET(m_constantWidth, w);
 }
 Acad::ErrorStatus AcDbPolyline::setPlinegen(bool on) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_plinegen = on;
-  return Acad::eOk;
+  HOST_SET(m_plinegen, on);
 }
 
 bool AcDbPolyline::hasBulges() const {
@@ -264,25 +253,17 @@ Acad::ErrorStatus AcDb2dPolyline::appendVertex(const AcDbPolylineVertex& v) {
   return Acad::eOk;
 }
 Acad::ErrorStatus AcDb2dPolyline::setPolyType(AcDb::Poly2dType t) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_type = t;
-  return Acad::eOk;
+  HOST_SET(m_type, t);
 }
 Acad::ErrorStatus AcDb2dPolyline::setClosed(bool closed) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_closed = closed;
-  return Acad::eOk;
+  HOST_SET(m_closed, closed);
 }
 Acad::ErrorStatus AcDb2dPolyline::setElevation(double e) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_elevation = e;
-  return Acad::eOk;
+  HOST_SET(m_elevation, e);
 }
 Acad::ErrorStatus AcDb2dPolyline::setNormal(const AcGeVector3d& n) {
   if (!isFinite(n) || n.isZeroLength()) return Acad::eInvalidInput;
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_normal = n.normal();
-  return Acad::eOk;
+  HOST_SET(m_normal, n.normal());
 }
 Acad::ErrorStatus AcDb2dPolyline::setDefaultWidths(double start, double end) {
   if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
@@ -291,9 +272,7 @@ Acad::ErrorStatus AcDb2dPolyline::setDefaultWidths(double start, double end) {
   return Acad::eOk;
 }
 Acad::ErrorStatus AcDb2dPolyline::setThickness(double t) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_thickness = t;
-  return Acad::eOk;
+  HOST_SET(m_thickness, t);
 }
 
 AcDbPolyline AcDb2dPolyline::toLightweight() const {
@@ -356,14 +335,10 @@ Acad::ErrorStatus AcDb3dPolyline::appendVertex(const AcGePoint3d& p) {
   return Acad::eOk;
 }
 Acad::ErrorStatus AcDb3dPolyline::setPolyType(AcDb::Poly3dType t) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_type = t;
-  return Acad::eOk;
+  HOST_SET(m_type, t);
 }
 Acad::ErrorStatus AcDb3dPolyline::setClosed(bool closed) {
-  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
-  m_closed = closed;
-  return Acad::eOk;
+  HOST_SET(m_closed, closed);
 }
 
 std::unique_ptr<AcGeCurve3d> AcDb3dPolyline::geCurve() const { return nullptr; }
