@@ -3,6 +3,7 @@
 #include <cstring>
 #include <string>
 
+#include "app/cli/commands.h"
 #include "host/db/operations.h"
 
 namespace {
@@ -11,17 +12,22 @@ const char* kUsage =
     "envline - envelope lines of rotational cutting tools from their 2D drawings\n"
     "\n"
     "Usage:\n"
+    "  envline info FILE.dxf [--json]\n"
+    "                       what a drawing holds: version, code page, units,\n"
+    "                       extents, entities by kind and layer, blocks,\n"
+    "                       linetypes and the tool frames with their numbers\n"
+    "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
+    "                       load and save a drawing (a round trip by default)\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
     "                       report what the drawing host sees (a self-check)\n"
     "  envline --version    print the version\n"
     "  envline --help       print this help\n"
     "\n"
-    "Commands that read and write drawings (info, convert, outline, export) are\n"
-    "added as the outline engine and the drawing files land.\n";
+    "Run 'envline COMMAND --help' for a command's options.\n";
 
 // A stepped shaft drawn as a block, inserted twice (once mirrored about the
 // axis): the same operations the outline engine relies on.
-int runSmoke() {
+int smoke() {
   AcDbDatabase db;
   AcDbObjectId blockId;
   {
@@ -81,7 +87,10 @@ int main(int argc, char** argv) {
     std::puts("envline 0.1.0");
     return 0;
   }
-  if (command == "smoke") return runSmoke();
+  const cli::Args rest(argv + 2, argv + argc);
+  if (command == "smoke") return smoke();
+  if (command == "convert") return cli::runConvert(rest);
+  if (command == "info") return cli::runInfo(rest);
   std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
   return 2;
 }

@@ -39,8 +39,11 @@ class AcDbBlockReference : public AcDbEntity {
   // Adds an attribute (the reference must be in a database).
   Acad::ErrorStatus appendAttribute(AcDbObjectId& id, AcDbAttribute* attribute);
   Acad::ErrorStatus appendAttribute(AcDbAttribute* attribute);
-  // Host-internal: the attribute list as a reader or a clone sets it.
+  // Host-internal: the attribute list as a reader or a clone sets it, and
+  // the end marker that follows the attributes in a file.
   void setAttributeIds(const AcDbObjectIdArray& ids) { m_attributes = ids; }
+  AcDbObjectId sequenceEndId() const { return m_seqend; }
+  void setSequenceEndId(AcDbObjectId id) { m_seqend = id; }
 
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
   Acad::ErrorStatus transformBy(const AcGeMatrix3d& xform) override;
@@ -61,6 +64,7 @@ class AcDbBlockReference : public AcDbEntity {
   double m_rotation = 0;
   AcGeVector3d m_normal = AcGeVector3d::kZAxis;
   AcDbObjectIdArray m_attributes;
+  AcDbObjectId m_seqend;
 };
 
 // A block reference repeated in columns and rows.

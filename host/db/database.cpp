@@ -122,6 +122,25 @@ void AcDbDatabase::notifyErased(const AcDbObject* obj, bool erased) const {
   for (std::size_t i = 0; i < m_reactors.size(); ++i) m_reactors[i]->objectErased(this, obj, erased);
 }
 
+void AcDbDatabase::setSourceSpan(AcDbObjectId id, std::uint64_t offset, std::uint32_t length) {
+  if (Slot* s = slot(id)) {
+    s->sourceOffset = offset;
+    s->sourceLength = length;
+    s->modified = false;
+  }
+}
+
+std::string_view AcDbDatabase::originalSource(AcDbObjectId id) const {
+  const Slot* s = slot(id);
+  if (!s || !m_source || s->sourceLength == 0 || s->sourceOffset + s->sourceLength > m_source->size()) return {};
+  return std::string_view(*m_source).substr(s->sourceOffset, s->sourceLength);
+}
+
+std::string_view AcDbDatabase::unmodifiedSource(AcDbObjectId id) const {
+  const Slot* s = slot(id);
+  return s && !s->modified ? originalSource(id) : std::string_view();
+}
+
 const AcDbHeaderVariable* AcDbDatabase::headerVariable(const std::string& name) const {
   for (const auto& v : m_header)
     if (host::equalsNoCase(v.name, name)) return &v;

@@ -2,6 +2,7 @@
 // A drawing: its objects, symbol tables, named-objects dictionary, header
 // variables and reactors.
 #include <deque>
+#include <string_view>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -84,6 +85,18 @@ class AcDbDatabase {
   const AcDbHeaderVariable* headerVariable(const std::string& name) const;
   void setHeaderVariable(const std::string& name, GroupValues values);
 
+  // The text a drawing file was read from (normalised to UTF-8), and each
+  // object's span in it: while an object is unmodified, a writer can copy
+  // its span instead of regenerating it.
+  void setSourceText(std::shared_ptr<const std::string> text) { m_source = std::move(text); }
+  const std::shared_ptr<const std::string>& sourceText() const { return m_source; }
+  // Records the object's span and marks it unmodified.
+  void setSourceSpan(AcDbObjectId id, std::uint64_t offset, std::uint32_t length);
+  // The unmodified object's span; empty when it has none or was modified.
+  std::string_view unmodifiedSource(AcDbObjectId id) const;
+  // The object's span whether or not it was modified since.
+  std::string_view originalSource(AcDbObjectId id) const;
+
   int insunits() const { return m_insunits; }
   void setInsunits(int units) { m_insunits = units; }
   // Count of object slots ever used, erased objects included.
@@ -94,12 +107,18 @@ class AcDbDatabase {
     AcDbObject* object = nullptr;
     AcDbHandle handle;
     AcDbObjectId owner;
+    std::uint64_t sourceOffset = 0;  // the object's text in the source, when it came from a file
+    std::uint32_t sourceLength = 0;
     std::uint16_t readers = 0;
     bool writer = false;
     bool erased = false;
+    bool modified = false;  // opened for write (or erased) since it was read
   };
   Slot* slot(AcDbObjectId id);
   const Slot* slot(AcDbObjectId id) const;
+  // Object slots, in creation order, for writers that walk every object.
+  const std::deque<Slot>& slots() const { return m_slots; }
+  AcDbObjectId idAt(std::uint32_t index) const { return AcDbObjectId(m_serial, index); }
   static AcDbDatabase* fromSerial(std::uint32_t serial);
   std::uint32_t serial() const { return m_serial; }
   void notifyAppended(const AcDbObject* obj) const;
@@ -123,6 +142,7 @@ class AcDbDatabase {
   AcDbHandle m_handseed{1};
   std::vector<AcDbDatabaseReactor*> m_reactors;
   std::vector<AcDbHeaderVariable> m_header;
+  std::shared_ptr<const std::string> m_source;
 
   AcDbObjectId m_blockTable, m_layerTable, m_linetypeTable, m_textStyleTable, m_regAppTable;
   AcDbObjectId m_namedObjects, m_modelSpace, m_paperSpace;

@@ -63,6 +63,7 @@ Acad::ErrorStatus AcDbObject::erase(bool erasing) {
   if (!s->writer) return Acad::eWasNotOpenForWrite;
   if (s->erased == erasing) return erasing ? Acad::eWasErased : Acad::eOk;
   s->erased = erasing;
+  s->modified = true;
   db->notifyErased(this, erasing);
   return Acad::eOk;
 }
@@ -84,6 +85,7 @@ Acad::ErrorStatus AcDbObject::downgradeOpen() {
   if (!s || !s->writer) return Acad::eOk;
   s->writer = false;
   s->readers = 1;
+  s->modified = true;
   db->notifyModified(this);
   return Acad::eOk;
 }
@@ -94,6 +96,7 @@ Acad::ErrorStatus AcDbObject::close() {
   if (!s) return Acad::eOk;  // not in a database: nothing is open
   if (s->writer) {
     s->writer = false;
+    s->modified = true;
     db->notifyModified(this);
   } else if (s->readers > 0) {
     --s->readers;

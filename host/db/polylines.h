@@ -103,6 +103,9 @@ class AcDb2dPolyline : public AcDbCurve {
   // Curve-fit and spline-fit flags as the file's 70 group holds them.
   int fileFlags() const { return m_fileFlags; }
   void setFileFlags(int flags) { m_fileFlags = flags; }
+  // Handle of the end marker that follows the vertices in a file.
+  AcDbHandle sequenceEndHandle() const { return m_seqend; }
+  void setSequenceEndHandle(AcDbHandle h) { m_seqend = h; }
 
   std::unique_ptr<AcGeCurve3d> geCurve() const override;
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
@@ -119,6 +122,7 @@ class AcDb2dPolyline : public AcDbCurve {
   AcDb::Poly2dType m_type = AcDb::k2dSimplePoly;
   bool m_closed = false;
   int m_fileFlags = 0;
+  AcDbHandle m_seqend;
   double m_elevation = 0, m_startWidth = 0, m_endWidth = 0, m_thickness = 0;
   AcGeVector3d m_normal = AcGeVector3d::kZAxis;
 };
@@ -138,6 +142,8 @@ class AcDb3dPolyline : public AcDbCurve {
   Acad::ErrorStatus setClosed(bool closed);
   int fileFlags() const { return m_fileFlags; }
   void setFileFlags(int flags) { m_fileFlags = flags; }
+  AcDbHandle sequenceEndHandle() const { return m_seqend; }
+  void setSequenceEndHandle(AcDbHandle h) { m_seqend = h; }
 
   std::unique_ptr<AcGeCurve3d> geCurve() const override;
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
@@ -150,6 +156,7 @@ class AcDb3dPolyline : public AcDbCurve {
   AcDb::Poly3dType m_type = AcDb::k3dSimplePoly;
   bool m_closed = false;
   int m_fileFlags = 8;
+  AcDbHandle m_seqend;
 };
 
 namespace host {

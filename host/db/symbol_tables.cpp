@@ -49,7 +49,8 @@ Acad::ErrorStatus AcDbSymbolTable::add(AcDbSymbolTableRecord* record) {
 
 void AcDbSymbolTable::adopt(AcDbObjectId id, const CString& name) {
   m_records.append(id);
-  m_byName.emplace(host::foldCase(name), id);
+  // Unnamed records (shape-file text styles) are kept but cannot be looked up.
+  if (!name.empty()) m_byName.emplace(host::foldCase(name), id);
 }
 
 void AcDbSymbolTable::reindex() {
@@ -58,7 +59,7 @@ void AcDbSymbolTable::reindex() {
     const AcDbDatabase* db = id.database();
     const auto* s = db ? db->slot(id) : nullptr;
     const auto* rec = s ? AcDbSymbolTableRecord::cast(s->object) : nullptr;
-    if (!rec) continue;
+    if (!rec || rec->getName().empty()) continue;
     // Unerased records win over erased ones of the same name.
     const std::string key = host::foldCase(rec->getName());
     auto it = m_byName.find(key);

@@ -77,10 +77,18 @@ class AcDbBlockTableRecord : public AcDbSymbolTableRecord {
   void setPathName(const CString& p) { m_path = p; }
   AcDbObject* cloneObject() const override;
 
-  // Host-internal: the entity list as a reader builds it.
+  // Host-internal: the entity list as a reader builds it, and the objects
+  // that open and close the block in a file.
   AcDbObjectIdArray& entityList() { return m_entities; }
+  AcDbObjectId blockBeginId() const { return m_begin; }
+  AcDbObjectId blockEndId() const { return m_end; }
+  void setBlockBeginEnd(AcDbObjectId begin, AcDbObjectId end) {
+    m_begin = begin;
+    m_end = end;
+  }
 
  private:
+  AcDbObjectId m_begin, m_end;
   AcGePoint3d m_origin;
   AcDbObjectIdArray m_entities;
   CString m_comments, m_path;

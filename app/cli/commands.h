@@ -1,0 +1,12 @@
+#pragma once
+// The subcommands of envline; each takes the arguments after its name and
+// returns the process exit code.
+#include <string>
+#include <vector>
+
+namespace cli {
+using Args = std::vector<std::string>;
+int runSmoke(const Args& args);
+int runConvert(const Args& args);
+int runInfo(const Args& args);
+}  // namespace cli

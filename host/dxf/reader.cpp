@@ -1,0 +1,681 @@
+// Builds a host database from the tags of a drawing file.
+#include <fstream>
+#include <sstream>
+
+#include "host/db/peek.h"
+#include "host/dxf/codec.h"
+#include "host/dxf/encoding.h"
+
+namespace host::dxf {
+
+namespace {
+
+const char* const kSectionOrder[] = {"HEADER", "CLASSES", "TABLES", "BLOCKS", "ENTITIES", "OBJECTS"};
+int sectionRank(std::string_view name) {
+  for (int i = 0; i < 6; ++i)
+    if (name == kSectionOrder[i]) return i;
+  return -1;
+}
+
+bool isNumericCode(int code, bool& real) {
+  switch (groupKind(code)) {
+    case GroupKind::kReal:
+    case GroupKind::kPoint: real = true; return true;
+    case GroupKind::kInt16:
+    case GroupKind::kInt32:
+    case GroupKind::kInt64:
+    case GroupKind::kBool: real = false; return true;
+    default: return false;
+  }
+}
+
+class Reader {
+ public:
+  Reader(std::shared_ptr<const std::string> text, DxfDrawing& drawing, Diagnostics& diag)
+      : m_text(std::move(text)), m_tags(*m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
+        m_diag(diag) {}
+
+  bool run();
+
+ private:
+  bool fail(const std::string& message) {
+    if (m_diag.error.empty()) m_diag.error = message;
+    return false;
+  }
+  bool failAt(const Tag& t, const std::string& message) {
+    return fail("line " + std::to_string(t.line) + ": " + message);
+  }
+  bool next(Tag& t) {
+    if (m_tags.next(t)) {
+      if (t.code < -5 || t.code > 1071) return failAt(t, "invalid group code " + std::to_string(t.code));
+      return true;
+    }
+    if (m_tags.failed()) return fail(m_tags.error());
+    return false;
+  }
+  // The tags of one object, from its "0" tag to the next; numbers are checked.
+  bool collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end);
+  bool expectEnd(std::string_view what);
+  bool readHeader(const Tag& sectionStart);
+  bool keepSection(const Tag& sectionStart, std::string name);
+  bool readTables();
+  bool readBlocks();
+  bool readEntities();
+  bool readObjects();
+  // Reads one entity (with its vertices or attributes) whose "0" tag is first
+  // into the block record owner (null: model or paper space by its flag).
+  bool readEntity(const Tag& first, AcDbObjectId owner);
+  AcDbObjectId addObject(AcDbObject* obj, const CommonFields& common, std::size_t begin, std::size_t end);
+  void appendToBlock(AcDbObjectId block, AcDbObjectId entity);
+  // Tables and standard records that entities need; with final, also the
+  // named-objects dictionary (which the OBJECTS section may still bring).
+  void ensureStandardObjects(bool final = false);
+  AcDbObjectId ensureTable(AcDbObjectId current, AcDbSymbolTable* fresh, const char* name);
+  AcDbObjectId ensureRecord(AcDbObjectId table, AcDbSymbolTableRecord* rec, const char* name, bool warn);
+  void resolve();
+  AcDbObjectId blockByName(const std::string& name, bool create);
+
+  std::shared_ptr<const std::string> m_text;
+  TagReader m_tags;
+  AcDbDatabase& m_db;
+  ReadContext m_ctx;
+  DxfFileInfo& m_info;
+  Diagnostics& m_diag;
+  std::string m_clayerName;
+  AcDbHandle m_headerSeed;
+  bool m_sawEof = false;
+};
+
+bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end) {
+  tags.clear();
+  tags.push_back(first);
+  Tag t;
+  while (next(t)) {
+    if (t.code == 0) {
+      m_tags.unread();
+      end = t.offset;
+      return true;
+    }
+    bool real = false;
+    if (isNumericCode(t.code, real)) {
+      double d;
+      long long n;
+      if (!(real ? parseDouble(t.value, d) : parseInt(t.value, n)))
+        return failAt(t, "group code " + std::to_string(t.code) + " expects a number, found '" +
+                             std::string(t.value.substr(0, 40)) + "'");
+    }
+    tags.push_back(t);
+  }
+  if (!m_diag.error.empty()) return false;
+  return fail("line " + std::to_string(first.line) + ": the file ends inside " + std::string(first.value) +
+              " (no EOF marker)");
+}
+
+bool Reader::run() {
+  Tag t;
+  int lastRank = -1;
+  std::vector<std::string> seen;
+  // Anything before the first section (comments) is kept as it is.
+  std::size_t preambleEnd = 0;
+  bool inPreamble = true;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "EOF") {
+      m_sawEof = true;
+      break;
+    }
+    if (t.code == 999) continue;
+    if (t.code != 0 || t.value != "SECTION") {
+      if (inPreamble && t.code != 0) return failAt(t, "expected a SECTION, found group code " + std::to_string(t.code));
+      // Stray tags between sections: some writers leave header variables
+      // after an early ENDSEC. Skip to the next section.
+      m_diag.warn("line " + std::to_string(t.line) + ": data outside any section was skipped");
+      while (next(t) && !(t.code == 0 && (t.value == "SECTION" || t.value == "EOF"))) {}
+      if (!m_diag.error.empty()) return false;
+      m_tags.unread();
+      continue;
+    }
+    if (inPreamble) {
+      preambleEnd = t.offset;
+      inPreamble = false;
+      m_info.preamble = {"", 0, preambleEnd};
+    }
+    const Tag sectionStart = t;
+    Tag name;
+    if (!next(name) || name.code != 2) {
+      if (!m_diag.error.empty()) return false;
+      return failAt(sectionStart, "SECTION without a name");
+    }
+    const std::string sname(name.value);
+    const int rank = sectionRank(sname);
+    if (rank >= 0) {
+      for (const auto& s : seen)
+        if (s == sname) return failAt(name, "section " + sname + " appears twice");
+      if (rank < lastRank)
+        return failAt(name, "section " + sname + " comes after " + kSectionOrder[lastRank] +
+                                ": the sections are out of order");
+      lastRank = rank;
+      seen.push_back(sname);
+    }
+    bool ok = true;
+    if (sname == "HEADER") {
+      ok = readHeader(sectionStart);
+      // Objects the reader adds get handles beyond every handle of the file.
+      m_db.setHandseed(m_headerSeed);
+    }
+    else if (sname == "TABLES") ok = readTables();
+    else if (sname == "BLOCKS") ok = readBlocks();
+    else if (sname == "ENTITIES") ok = readEntities();
+    else if (sname == "OBJECTS") ok = readObjects();
+    else ok = keepSection(sectionStart, sname);
+    if (!ok) return false;
+  }
+  if (!m_diag.error.empty()) return false;
+  if (!m_sawEof) return fail("line " + std::to_string(t.line) + ": the file ends without an EOF marker");
+  ensureStandardObjects(true);
+  resolve();
+  return true;
+}
+
+bool Reader::expectEnd(std::string_view what) {
+  return fail("the file ends inside the " + std::string(what) + " section (no ENDSEC)");
+}
+
+bool Reader::readHeader(const Tag&) {
+  Tag t;
+  AcDbHeaderVariable* current = nullptr;
+  auto& vars = m_db.headerVariables();
+  while (next(t)) {
+    if (t.code == 0) {
+      if (t.value == "ENDSEC") return true;
+      return failAt(t, "unexpected " + std::string(t.value) + " in the HEADER section");
+    }
+    if (t.code == 9) {
+      vars.push_back({std::string(t.value), {}});
+      current = &vars.back();
+      continue;
+    }
+    if (!current) {
+      m_diag.warn("line " + std::to_string(t.line) + ": a header value without a variable name was skipped");
+      continue;
+    }
+    current->values.push_back(GroupValue::fromString(static_cast<short>(t.code), std::string(t.value)));
+    const std::string& n = current->name;
+    if (n == "$ACADVER") m_info.acadVer = std::string(t.value);
+    else if (n == "$DWGCODEPAGE") m_info.codePage = std::string(t.value);
+    else if (n == "$HANDSEED") m_headerSeed = AcDbHandle::fromHex(std::string(t.value));
+    else if (n == "$CLAYER") m_clayerName = std::string(t.value);
+    else if (n == "$INSUNITS") {
+      long long u = 0;
+      if (parseInt(t.value, u)) m_db.setInsunits(static_cast<int>(u));
+    }
+  }
+  return m_diag.error.empty() ? expectEnd("HEADER") : false;
+}
+
+bool Reader::keepSection(const Tag& sectionStart, std::string name) {
+  Tag t;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "ENDSEC") {
+      std::size_t end = m_tags.position();
+      m_info.keptSections.push_back({std::move(name), sectionStart.offset, end - sectionStart.offset});
+      return true;
+    }
+  }
+  return m_diag.error.empty() ? expectEnd(name) : false;
+}
+
+AcDbObjectId Reader::addObject(AcDbObject* obj, const CommonFields& common, std::size_t begin, std::size_t end) {
+  AcDbObjectId id;
+  if (m_db.addAcDbObjectWithHandle(id, obj, common.handle) != Acad::eOk) {
+    delete obj;
+    return id;
+  }
+  if (!common.handle.isNull() && id.handle() != common.handle)
+    m_diag.warn("handle " + common.handle.toHex() + " is used twice; the second object got " + id.handle().toHex());
+  applyCommon(m_ctx, obj, common);
+  obj->close();
+  m_db.setSourceSpan(id, begin, static_cast<std::uint32_t>(end - begin));
+  return id;
+}
+
+void Reader::appendToBlock(AcDbObjectId block, AcDbObjectId entity) {
+  AcDbDatabase::Slot* bs = m_db.slot(block);
+  auto* rec = bs ? AcDbBlockTableRecord::cast(bs->object) : nullptr;
+  if (!rec) return;
+  rec->entityList().append(entity);
+  if (AcDbDatabase::Slot* es = m_db.slot(entity)) es->owner = block;
+}
+
+AcDbObjectId Reader::ensureTable(AcDbObjectId current, AcDbSymbolTable* fresh, const char* name) {
+  if (!current.isNull()) {
+    delete fresh;
+    return current;
+  }
+  AcDbObjectId id;
+  m_db.addAcDbObject(id, fresh);
+  fresh->close();
+  m_info.tables.append(id);
+  if (name) m_diag.warn(std::string("the drawing has no ") + name + " table; one was added");
+  return id;
+}
+
+AcDbObjectId Reader::ensureRecord(AcDbObjectId table, AcDbSymbolTableRecord* rec, const char* name, bool warn) {
+  AcDbObjectId id;
+  const auto* t = peek<AcDbSymbolTable>(table);
+  if (t && t->getAt(name, id) == Acad::eOk) {
+    delete rec;
+    return id;
+  }
+  AcDbSymbolTable* writable = nullptr;
+  if (acdbOpenObject(writable, table, AcDb::kForWrite) != Acad::eOk) {
+    delete rec;
+    return id;
+  }
+  rec->setName(name);
+  if (writable->add(id, rec) == Acad::eOk) rec->close();
+  else delete rec;
+  writable->close();
+  if (warn) m_diag.warn(std::string("the drawing lacks '") + name + "'; it was added");
+  return id;
+}
+
+void Reader::ensureStandardObjects(bool final) {
+  const bool r12 = m_info.acadVer < "AC1012";
+  // R12 files have no block records: the blocks section names the blocks.
+  const AcDbObjectId blocks = ensureTable(m_db.blockTableId(), new AcDbBlockTable, r12 ? nullptr : "BLOCK_RECORD");
+  const AcDbObjectId layers = ensureTable(m_db.layerTableId(), new AcDbLayerTable, "LAYER");
+  const AcDbObjectId linetypes = ensureTable(m_db.linetypeTableId(), new AcDbLinetypeTable, "LTYPE");
+  const AcDbObjectId styles = ensureTable(m_db.textStyleTableId(), new AcDbTextStyleTable, "STYLE");
+  const AcDbObjectId apps = ensureTable(m_db.regAppTableId(), new AcDbRegAppTable, "APPID");
+  AcDbObjectId nod = m_db.namedObjectsDictionaryId();
+  if (nod.isNull() && final) {
+    auto* d = new AcDbDictionary;
+    m_db.addAcDbObject(nod, d);
+    d->close();
+    if (!r12) m_diag.warn("the drawing has no named-objects dictionary; one was added");
+  }
+  m_db.setTableIds(blocks, layers, linetypes, styles, apps, nod);
+  ensureRecord(blocks, new AcDbBlockTableRecord, "*Model_Space", !r12);
+  ensureRecord(blocks, new AcDbBlockTableRecord, "*Paper_Space", !r12);
+  ensureRecord(linetypes, new AcDbLinetypeTableRecord, "ByBlock", !r12);
+  ensureRecord(linetypes, new AcDbLinetypeTableRecord, "ByLayer", !r12);
+  ensureRecord(linetypes, new AcDbLinetypeTableRecord, "Continuous", true);
+  ensureRecord(layers, new AcDbLayerTableRecord, "0", true);
+  ensureRecord(styles, new AcDbTextStyleTableRecord, "Standard", false);
+  ensureRecord(apps, new AcDbRegAppTableRecord, "ACAD", false);
+  m_db.resolveStandardRecords();
+}
+
+bool Reader::readTables() {
+  Tag t;
+  std::vector<Tag> tags, own;
+  std::size_t end = 0;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (t.code != 0 || t.value != "TABLE") return failAt(t, "expected TABLE in the TABLES section");
+    if (!collect(t, tags, end)) return false;
+    std::string name;
+    for (const Tag& x : tags)
+      if (x.code == 2) {
+        name = std::string(x.value);
+        break;
+      }
+    AcDbSymbolTable* table = nullptr;
+    if (name == "BLOCK_RECORD") table = new AcDbBlockTable;
+    else if (name == "LAYER") table = new AcDbLayerTable;
+    else if (name == "LTYPE") table = new AcDbLinetypeTable;
+    else if (name == "STYLE") table = new AcDbTextStyleTable;
+    else if (name == "APPID") table = new AcDbRegAppTable;
+    else table = new AcDbGenericTable;
+    CommonFields common;
+    splitObject(tags, common, own);
+    const AcDbObjectId tableId = addObject(table, common, t.offset, end);
+    if (tableId.isNull()) return fail("could not add table " + name);
+    m_info.tables.append(tableId);
+    if (name == "BLOCK_RECORD") m_db.setTableIds(tableId, m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
+    if (name == "LAYER") m_db.setTableIds(m_db.blockTableId(), tableId, m_db.linetypeTableId(), m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
+    if (name == "LTYPE") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), tableId, m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
+    if (name == "STYLE") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), tableId, m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
+    if (name == "APPID") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(), tableId, m_db.namedObjectsDictionaryId());
+    // Records up to ENDTAB.
+    while (next(t)) {
+      if (t.code != 0) return failAt(t, "expected a table record in table " + name);
+      if (t.value == "ENDTAB") break;
+      if (!collect(t, tags, end)) return false;
+      CommonFields rc;
+      splitObject(tags, rc, own);
+      PendingNames names;
+      AcDbSymbolTableRecord* rec = decodeTableRecord(name, own, m_ctx, names);
+      const AcDbObjectId id = addObject(rec, rc, t.offset, end);
+      if (id.isNull()) continue;
+      if (AcDbDatabase::Slot* ts = m_db.slot(tableId)) {
+        auto* tbl = AcDbSymbolTable::cast(ts->object);
+        if (tbl->has(rec->getName()))
+          m_diag.warn("table " + name + " holds '" + rec->getName() + "' twice");
+        tbl->adopt(id, rec->getName());
+      }
+      if (!names.linetypeName.empty()) m_ctx.pending.layerLinetypes.emplace_back(id, names.linetypeName);
+    }
+    if (!m_diag.error.empty()) return false;
+  }
+  return m_diag.error.empty() ? expectEnd("TABLES") : false;
+}
+
+AcDbObjectId Reader::blockByName(const std::string& name, bool create) {
+  AcDbObjectId id;
+  const auto* table = peek<AcDbBlockTable>(m_db.blockTableId());
+  if (table && table->getAt(name, id) == Acad::eOk) return id;
+  if (!create) return id;
+  AcDbBlockTable* writable = nullptr;
+  if (acdbOpenObject(writable, m_db.blockTableId(), AcDb::kForWrite) != Acad::eOk) return id;
+  auto* rec = new AcDbBlockTableRecord;
+  rec->setName(name);
+  if (writable->add(id, rec) == Acad::eOk) rec->close();
+  else delete rec;
+  writable->close();
+  return id;
+}
+
+bool Reader::readBlocks() {
+  ensureStandardObjects();
+  Tag t;
+  std::vector<Tag> tags, own;
+  std::size_t end = 0;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (t.code != 0 || t.value != "BLOCK") return failAt(t, "expected BLOCK in the BLOCKS section");
+    if (!collect(t, tags, end)) return false;
+    CommonFields common;
+    splitObject(tags, common, own);
+    std::string name;
+    AcGePoint3d base;
+    for (const Tag& x : own) {
+      double d = 0;
+      if (x.code == 2 && name.empty()) name = std::string(x.value);
+      else if (x.code == 10 && parseDouble(x.value, d)) base.x = d;
+      else if (x.code == 20 && parseDouble(x.value, d)) base.y = d;
+      else if (x.code == 30 && parseDouble(x.value, d)) base.z = d;
+    }
+    if (name.empty()) return failAt(t, "BLOCK without a name");
+    const AcDbObjectId block = blockByName(name, true);
+    common.owner = AcDbHandle();  // the record owns it, whatever the file says
+    const AcDbObjectId begin = addObject(new AcDbGenericEntity("BLOCK"), common, t.offset, end);
+    if (AcDbDatabase::Slot* s = m_db.slot(begin)) s->owner = block;
+    if (AcDbDatabase::Slot* bs = m_db.slot(block)) {
+      auto* rec = AcDbBlockTableRecord::cast(bs->object);
+      AcDbObject* o = rec;
+      (void)o;
+      bs->writer = true;
+      rec->setOrigin(base);
+      bs->writer = false;
+    }
+    AcDbObjectId endId;
+    while (next(t)) {
+      if (t.code != 0) return failAt(t, "expected an entity in block " + name);
+      if (t.value == "ENDBLK") {
+        if (!collect(t, tags, end)) return false;
+        CommonFields ec;
+        splitObject(tags, ec, own);
+        ec.owner = AcDbHandle();
+        endId = addObject(new AcDbGenericEntity("ENDBLK"), ec, t.offset, end);
+        if (AcDbDatabase::Slot* s = m_db.slot(endId)) s->owner = block;
+        break;
+      }
+      if (t.value == "ENDSEC" || t.value == "BLOCK") return failAt(t, "block " + name + " has no ENDBLK");
+      if (!readEntity(t, block)) return false;
+    }
+    if (!m_diag.error.empty()) return false;
+    if (AcDbDatabase::Slot* bs = m_db.slot(block)) AcDbBlockTableRecord::cast(bs->object)->setBlockBeginEnd(begin, endId);
+  }
+  return m_diag.error.empty() ? expectEnd("BLOCKS") : false;
+}
+
+bool Reader::readEntities() {
+  ensureStandardObjects();
+  Tag t;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (t.code != 0) return failAt(t, "expected an entity in the ENTITIES section");
+    if (!readEntity(t, AcDbObjectId::kNull)) return false;
+  }
+  return m_diag.error.empty() ? expectEnd("ENTITIES") : false;
+}
+
+bool Reader::readEntity(const Tag& first, AcDbObjectId owner) {
+  std::vector<Tag> tags, own;
+  std::size_t end = 0;
+  if (!collect(first, tags, end)) return false;
+  CommonFields common;
+  splitObject(tags, common, own);
+  const std::string kind(first.value);
+  PendingNames names;
+  AcDbEntity* ent = nullptr;
+  std::size_t spanEnd = end;
+  std::vector<std::pair<AcDbObject*, std::pair<CommonFields, std::pair<std::size_t, std::size_t>>>> attributes;
+  AcDbObject* seqend = nullptr;
+  CommonFields seqendCommon;
+  std::size_t seqendBegin = 0, seqendEnd = 0;
+  Tag t;
+  if (kind == "POLYLINE") {
+    // Its vertices and end marker belong to it and are kept in its span.
+    std::vector<std::vector<Tag>> vertices;
+    std::vector<AcDbHandle> handles;
+    AcDbHandle maxHandle;
+    while (next(t)) {
+      if (t.value == "VERTEX" || t.value == "SEQEND") {
+        if (!collect(t, tags, spanEnd)) return false;
+        CommonFields vc;
+        std::vector<Tag> vown;
+        splitObject(tags, vc, vown);
+        maxHandle = std::max(maxHandle, vc.handle);
+        if (t.value == "SEQEND") break;
+        vertices.push_back(std::move(vown));
+        handles.push_back(vc.handle);
+        continue;
+      }
+      m_diag.warn("line " + std::to_string(t.line) + ": a POLYLINE has no SEQEND");
+      m_tags.unread();
+      break;
+    }
+    if (!m_diag.error.empty()) return false;
+    ent = decodePolyline(own, vertices, handles, m_ctx);
+    if (auto* p2 = AcDb2dPolyline::cast(ent)) p2->setSequenceEndHandle(maxHandle);
+    if (auto* p3 = AcDb3dPolyline::cast(ent)) p3->setSequenceEndHandle(maxHandle);
+    // Vertex handles are taken: no new object may get one.
+    m_db.setHandseed(AcDbHandle(maxHandle.value() + 1));
+  } else {
+    ent = decodeEntity(kind, own, m_ctx, names);
+    if (kind == "INSERT") {
+      bool follow = false;
+      for (const Tag& x : own)
+        if (x.code == 66) {
+          long long v = 0;
+          follow = parseInt(x.value, v) && v != 0;
+        }
+      while (follow && next(t)) {
+        if (t.value != "ATTRIB" && t.value != "SEQEND") {
+          m_diag.warn("line " + std::to_string(t.line) + ": an INSERT with attributes has no SEQEND");
+          m_tags.unread();
+          break;
+        }
+        std::size_t aend = 0;
+        if (!collect(t, tags, aend)) return false;
+        CommonFields ac;
+        std::vector<Tag> aown;
+        splitObject(tags, ac, aown);
+        PendingNames unused;
+        if (t.value == "SEQEND") {
+          seqend = new AcDbGenericEntity("SEQEND");
+          seqendCommon = ac;
+          seqendBegin = t.offset;
+          seqendEnd = aend;
+          break;
+        }
+        attributes.push_back({decodeEntity("ATTRIB", aown, m_ctx, unused), {ac, {t.offset, aend}}});
+      }
+      if (!m_diag.error.empty()) return false;
+    }
+  }
+  if (!ent) {
+    auto* generic = new AcDbGenericEntity(kind);
+    ent = generic;
+  }
+  const AcDbObjectId id = addObject(ent, common, first.offset, spanEnd);
+  if (id.isNull()) return true;
+  AcDbObjectId block = owner;
+  if (block.isNull()) block = common.paperSpace ? m_db.paperSpaceId() : m_db.modelSpaceId();
+  appendToBlock(block, id);
+  if (!names.blockName.empty()) m_ctx.pending.blockNames.emplace_back(id, names.blockName);
+  if (auto* ref = AcDbBlockReference::cast(ent)) {
+    AcDbObjectIdArray attIds;
+    for (auto& [att, info] : attributes) {
+      const AcDbObjectId aid = addObject(att, info.first, info.second.first, info.second.second);
+      if (AcDbDatabase::Slot* s = m_db.slot(aid)) s->owner = id;
+      attIds.append(aid);
+    }
+    ref->setAttributeIds(attIds);
+    if (seqend) {
+      const AcDbObjectId sid = addObject(seqend, seqendCommon, seqendBegin, seqendEnd);
+      if (AcDbDatabase::Slot* s = m_db.slot(sid)) s->owner = id;
+      ref->setSequenceEndId(sid);
+    }
+  }
+  return true;
+}
+
+bool Reader::readObjects() {
+  ensureStandardObjects();
+  Tag t;
+  std::vector<Tag> tags, own;
+  std::size_t end = 0;
+  bool first = true;
+  while (next(t)) {
+    if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (t.code != 0) return failAt(t, "expected an object in the OBJECTS section");
+    if (!collect(t, tags, end)) return false;
+    CommonFields common;
+    splitObject(tags, common, own);
+    PendingNames names;
+    const std::string kind(t.value);
+    AcDbObject* obj = decodeObject(kind, own, m_ctx, names);
+    if (!obj) obj = new AcDbGenericObject(kind);
+    const AcDbObjectId id = addObject(obj, common, t.offset, end);
+    if (id.isNull()) continue;
+    // The first dictionary is the root of all named objects.
+    if (first && kind == "DICTIONARY")
+      m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(),
+                       m_db.regAppTableId(), id);
+    first = false;
+    for (auto& [key, handle] : names.entries) m_ctx.pending.dictionaryEntries.push_back({id, key, handle});
+    for (AcDbHandle h : names.members) m_ctx.pending.groupMembers.emplace_back(id, h);
+  }
+  return m_diag.error.empty() ? expectEnd("OBJECTS") : false;
+}
+
+void Reader::resolve() {
+  auto find = [&](AcDbHandle h) {
+    AcDbObjectId id;
+    m_db.getAcDbObjectId(id, false, h);
+    return id;
+  };
+  for (auto& [id, h] : m_ctx.pending.owners)
+    if (AcDbDatabase::Slot* s = m_db.slot(id))
+      if (s->owner.isNull()) s->owner = find(h);
+  for (auto& [id, h] : m_ctx.pending.extensionDictionaries)
+    if (AcDbDatabase::Slot* s = m_db.slot(id)) s->object->extras().extensionDictionary = find(h);
+  for (auto& [id, hs] : m_ctx.pending.reactors)
+    if (AcDbDatabase::Slot* s = m_db.slot(id))
+      for (AcDbHandle h : hs) s->object->extras().persistentReactors.append(find(h));
+  for (auto& e : m_ctx.pending.dictionaryEntries) {
+    const AcDbObjectId target = find(e.handle);
+    AcDbDatabase::Slot* s = m_db.slot(e.dictionary);
+    if (target.isNull()) {
+      m_diag.warn("dictionary entry '" + e.key + "' names missing object " + e.handle.toHex());
+      continue;
+    }
+    AcDbDictionary::cast(s->object)->adopt(e.key, target);
+  }
+  for (auto& [group, h] : m_ctx.pending.groupMembers) {
+    const AcDbObjectId member = find(h);
+    AcDbDatabase::Slot* s = m_db.slot(group);
+    if (member.isNull() || !s) continue;
+    s->writer = true;  // host-internal fill of a fresh object
+    AcDbGroup::cast(s->object)->append(member);
+    s->writer = false;
+  }
+  for (auto& [id, name] : m_ctx.pending.blockNames) {
+    const AcDbObjectId block = blockByName(name, false);
+    if (block.isNull()) m_diag.warn("a reference names block '" + name + "', which is not defined");
+    AcDbDatabase::Slot* s = m_db.slot(id);
+    if (!s) continue;
+    s->writer = true;
+    if (auto* ref = AcDbBlockReference::cast(s->object)) ref->setBlockTableRecord(block);
+    if (auto* dim = AcDbDimension::cast(s->object)) dim->setDimBlockId(block);
+    s->writer = false;
+  }
+  for (auto& [id, name] : m_ctx.pending.layerLinetypes) {
+    const AcDbObjectId lt = m_ctx.linetype(name);
+    AcDbDatabase::Slot* s = m_db.slot(id);
+    s->writer = true;
+    AcDbLayerTableRecord::cast(s->object)->setLinetypeObjectId(lt);
+    s->writer = false;
+  }
+  if (!m_clayerName.empty()) {
+    AcDbObjectId layer;
+    if (const auto* t = peek<AcDbLayerTable>(m_db.layerTableId()); t && t->getAt(m_clayerName, layer) == Acad::eOk)
+      m_db.setClayer(layer);
+  }
+  m_db.setHandseed(m_headerSeed);
+}
+
+}  // namespace
+
+bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
+  auto text = std::make_shared<std::string>();
+  if (isBinaryDxf(bytes)) {
+    drawing.info.binary = true;
+    if (!binaryToText(bytes, *text, diag.error)) return false;
+  } else {
+    text->assign(bytes);
+  }
+  // The code page is in the header; files of R2007 and later are UTF-8.
+  {
+    TagReader pre(*text);
+    Tag t;
+    std::string var;
+    int seen = 0;
+    while (pre.next(t) && seen < 2) {
+      if (t.code == 0 && (t.value == "ENDSEC" || t.value == "EOF")) break;
+      if (t.code == 9) var = std::string(t.value);
+      else if (var == "$ACADVER" && t.code == 1) drawing.info.acadVer = std::string(t.value), ++seen;
+      else if (var == "$DWGCODEPAGE" && t.code == 3) drawing.info.codePage = std::string(t.value), ++seen;
+    }
+  }
+  if (drawing.info.acadVer < "AC1021" && !isAscii(*text)) *text = decodeToUtf8(*text, drawing.info.codePage);
+  if (text->find("\\U+") != std::string::npos || text->find("\\M+") != std::string::npos) *text = decodeEscapes(*text);
+  if (text->find("\r\n") != std::string::npos) drawing.info.lineEnding = "\r\n";
+  drawing.database = std::make_unique<AcDbDatabase>(false);
+  drawing.database->setSourceText(text);
+  Reader reader(text, drawing, diag);
+  return reader.run();
+}
+
+bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    diag.error = path + ": cannot open the file";
+    return false;
+  }
+  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) {
+    diag.error = path + ": read error";
+    return false;
+  }
+  if (!readDxfText(bytes, drawing, diag)) {
+    diag.error = path + ": " + diag.error;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace host::dxf

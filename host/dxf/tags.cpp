@@ -1,0 +1,241 @@
+#include "host/dxf/tags.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "host/db/resbuf.h"
+
+namespace host::dxf {
+
+namespace {
+std::string_view trim(std::string_view s) {
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r')) s.remove_suffix(1);
+  return s;
+}
+}  // namespace
+
+bool parseCode(std::string_view line, int& code) {
+  line = trim(line);
+  if (line.empty() || line.size() > 6) return false;
+  int v = 0;
+  const auto [p, ec] = std::from_chars(line.data(), line.data() + line.size(), v);
+  if (ec != std::errc() || p != line.data() + line.size()) return false;
+  code = v;
+  return true;
+}
+
+bool parseDouble(std::string_view text, double& value) {
+  text = trim(text);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (text.empty()) return false;
+  const auto [p, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return ec == std::errc() && p == text.data() + text.size() && std::isfinite(value);
+}
+
+bool parseInt(std::string_view text, long long& value) {
+  text = trim(text);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  if (text.empty()) return false;
+  const auto [p, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (ec == std::errc() && p == text.data() + text.size()) return true;
+  // Some writers put reals where integers belong ("1.0"); accept whole values.
+  double d = 0;
+  if (!parseDouble(text, d) || d != std::floor(d) || std::fabs(d) > 9e18) return false;
+  value = static_cast<long long>(d);
+  return true;
+}
+
+bool TagReader::readLine(std::string_view& line) {
+  if (m_pos >= m_text.size()) return false;
+  const char* start = m_text.data() + m_pos;
+  const void* nl = std::memchr(start, '\n', m_text.size() - m_pos);
+  const std::size_t len = nl ? static_cast<const char*>(nl) - start : m_text.size() - m_pos;
+  line = std::string_view(start, len);
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  m_pos += len + (nl ? 1 : 0);
+  ++m_line;
+  return true;
+}
+
+bool TagReader::next(Tag& tag) {
+  if (m_unread) {
+    m_unread = false;
+    tag = m_last;
+    return true;
+  }
+  if (!m_error.empty()) return false;
+  std::string_view codeLine;
+  // Blank lines at the very end of a file are not a tag.
+  std::size_t offset = m_pos;
+  do {
+    offset = m_pos;
+    if (!readLine(codeLine)) return false;
+  } while (trim(codeLine).empty() && m_pos >= m_text.size());
+  Tag t;
+  t.offset = offset;
+  t.line = m_line;
+  if (!parseCode(codeLine, t.code)) {
+    m_error = "line " + std::to_string(m_line) + ": expected a group code, found '" +
+              std::string(codeLine.substr(0, 40)) + "'";
+    return false;
+  }
+  if (!readLine(t.value)) {
+    m_error = "line " + std::to_string(m_line) + ": group code " + std::to_string(t.code) +
+              " has no value (the file ends)";
+    return false;
+  }
+  m_last = t;
+  tag = t;
+  return true;
+}
+
+// --- binary files ------------------------------------------------------------
+
+namespace {
+constexpr std::string_view kSentinel("AutoCAD Binary DXF\r\n\x1a\0", 22);
+
+struct ByteReader {
+  std::string_view bytes;
+  std::size_t pos = 0;
+  bool has(std::size_t n) const { return n <= bytes.size() - pos; }
+  template <class T>
+  bool read(T& out) {
+    if (!has(sizeof(T))) return false;
+    std::memcpy(&out, bytes.data() + pos, sizeof(T));  // files are little-endian, as is this host
+    pos += sizeof(T);
+    return true;
+  }
+};
+}  // namespace
+
+bool isBinaryDxf(std::string_view bytes) { return bytes.substr(0, kSentinel.size()) == kSentinel; }
+
+std::string formatDouble(double value) {
+  if (value == 0) return "0.0";  // also turns -0 into 0
+  char buf[40];
+  const auto [p, ec] = std::to_chars(buf, buf + sizeof buf, value);
+  std::string s(buf, p);
+  if (s.find_first_of(".eEn") == std::string::npos) s += ".0";
+  return s;
+}
+
+bool binaryToText(std::string_view bytes, std::string& text, std::string& error) {
+  if (!isBinaryDxf(bytes)) {
+    error = "not a binary drawing file";
+    return false;
+  }
+  ByteReader r{bytes, kSentinel.size()};
+  // Files of R13 and later store codes in two bytes: the first code is 0,
+  // so its second byte is zero too.
+  const bool wideCodes = r.has(2) && bytes[r.pos] == 0 && bytes[r.pos + 1] == 0;
+  text.clear();
+  text.reserve(bytes.size() * 2);
+  char num[32];
+  while (r.pos < bytes.size()) {
+    const std::size_t at = r.pos;
+    int code = 0;
+    if (wideCodes) {
+      std::int16_t c;
+      if (!r.read(c)) break;
+      code = c;
+    } else {
+      std::uint8_t c;
+      if (!r.read(c)) break;
+      code = c;
+      if (c == 255) {
+        std::int16_t wide;
+        if (!r.read(wide)) {
+          error = "byte offset " + std::to_string(at) + ": group code cut short";
+          return false;
+        }
+        code = wide;
+      }
+    }
+    if (code < 0 || code > 1071) {
+      error = "byte offset " + std::to_string(at) + ": invalid group code " + std::to_string(code);
+      return false;
+    }
+    text += std::to_string(code);
+    text += '\n';
+    const GroupKind kind = groupKind(code);
+    bool ok = true;
+    switch (kind) {
+      case GroupKind::kString:
+      case GroupKind::kHandle: {
+        const void* end = std::memchr(bytes.data() + r.pos, 0, bytes.size() - r.pos);
+        if (!end) {
+          ok = false;
+          break;
+        }
+        const std::size_t n = static_cast<const char*>(end) - (bytes.data() + r.pos);
+        // Control characters cannot stand in a text line: caret notation (^J).
+        for (std::size_t k = 0; k < n; ++k) {
+          const char c = bytes[r.pos + k];
+          if (static_cast<unsigned char>(c) < 0x20) {
+            text += '^';
+            text += static_cast<char>(c + 0x40);
+          } else {
+            text += c;
+          }
+        }
+        r.pos += n + 1;
+        break;
+      }
+      case GroupKind::kReal:
+      case GroupKind::kPoint: {
+        double d;
+        ok = r.read(d);
+        if (ok) text += formatDouble(std::isfinite(d) ? d : 0.0);
+        break;
+      }
+      case GroupKind::kInt16: {
+        std::int16_t v;
+        ok = r.read(v);
+        if (ok) text += std::to_string(v);
+        break;
+      }
+      case GroupKind::kInt32: {
+        std::int32_t v;
+        ok = r.read(v);
+        if (ok) text += std::to_string(v);
+        break;
+      }
+      case GroupKind::kInt64: {
+        std::int64_t v;
+        ok = r.read(v);
+        if (ok) text += std::to_string(v);
+        break;
+      }
+      case GroupKind::kBool: {
+        std::uint8_t v;
+        ok = r.read(v);
+        if (ok) text += std::to_string(v);
+        break;
+      }
+      case GroupKind::kBinary: {
+        std::uint8_t n;
+        ok = r.read(n) && r.has(n);
+        if (ok) {
+          for (std::size_t i = 0; i < n; ++i) {
+            std::snprintf(num, sizeof num, "%02X", static_cast<unsigned char>(bytes[r.pos + i]));
+            text += num;
+          }
+          r.pos += n;
+        }
+        break;
+      }
+    }
+    if (!ok) {
+      error = "byte offset " + std::to_string(at) + ": the value of group code " + std::to_string(code) +
+              " runs past the end of the file";
+      return false;
+    }
+    text += '\n';
+  }
+  return true;
+}
+
+}  // namespace host::dxf
