@@ -62,7 +62,8 @@ struct CommonFields {
 };
 // Splits an object's tags (its "0" tag first) into the common fields and
 // its own tags (subclass markers included, common ones left out).
-void splitObject(const std::vector<Tag>& tags, CommonFields& common, std::vector<Tag>& own);
+// Entity properties (layer, colour, ...) are taken only for entities.
+void splitObject(const std::vector<Tag>& tags, CommonFields& common, std::vector<Tag>& own, bool entity = true);
 // True for tags that readCommon handles (so kind decoders can skip them).
 bool isCommonTag(int code);
 // Applies the common fields to a new object that is now in the database.

@@ -51,7 +51,7 @@ bool isCommonTag(int code) {
   }
 }
 
-void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>& own) {
+void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>& own, bool entity) {
   own.clear();
   bool seenSubclass = false, inEntitySubclass = false, hasSubclasses = false;
   for (const Tag& t : tags)
@@ -92,7 +92,7 @@ void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>
       c.owner = AcDbHandle::fromHex(std::string(t.value));
       continue;
     }
-    if (inEntitySubclass || !hasSubclasses) {
+    if (entity && (inEntitySubclass || !hasSubclasses)) {
       switch (t.code) {
         case 8: c.layer = std::string(t.value); continue;
         case 6: c.linetype = std::string(t.value); continue;

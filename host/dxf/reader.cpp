@@ -1,4 +1,5 @@
 // Builds a host database from the tags of a drawing file.
+#include <deque>
 #include <fstream>
 #include <sstream>
 
@@ -56,6 +57,15 @@ class Reader {
   // The tags of one object, from its "0" tag to the next; numbers are checked.
   bool collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end);
   bool expectEnd(std::string_view what);
+  // The tag with \U+XXXX and \M+nXXXX escapes in its value replaced by the
+  // characters (the source text itself keeps them, for writing back).
+  Tag decoded(Tag t) {
+    if (t.value.find('\\') == std::string_view::npos) return t;
+    if (t.value.find("\\U+") == std::string_view::npos && t.value.find("\\M+") == std::string_view::npos) return t;
+    m_decoded.push_back(decodeEscapes(t.value));
+    t.value = m_decoded.back();
+    return t;
+  }
   bool readHeader(const Tag& sectionStart);
   bool keepSection(const Tag& sectionStart, std::string name);
   bool readTables();
@@ -81,6 +91,7 @@ class Reader {
   ReadContext m_ctx;
   DxfFileInfo& m_info;
   Diagnostics& m_diag;
+  std::deque<std::string> m_decoded;  // stable storage for decoded values
   std::string m_clayerName;
   AcDbHandle m_headerSeed;
   bool m_sawEof = false;
@@ -104,7 +115,7 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
         return failAt(t, "group code " + std::to_string(t.code) + " expects a number, found '" +
                              std::string(t.value.substr(0, 40)) + "'");
     }
-    tags.push_back(t);
+    tags.push_back(decoded(t));
   }
   if (!m_diag.error.empty()) return false;
   return fail("line " + std::to_string(first.line) + ": the file ends inside " + std::string(first.value) +
@@ -198,6 +209,7 @@ bool Reader::readHeader(const Tag&) {
       m_diag.warn("line " + std::to_string(t.line) + ": a header value without a variable name was skipped");
       continue;
     }
+    t = decoded(t);
     current->values.push_back(GroupValue::fromString(static_cast<short>(t.code), std::string(t.value)));
     const std::string& n = current->name;
     if (n == "$ACADVER") m_info.acadVer = std::string(t.value);
@@ -328,7 +340,7 @@ bool Reader::readTables() {
     else if (name == "APPID") table = new AcDbRegAppTable;
     else table = new AcDbGenericTable;
     CommonFields common;
-    splitObject(tags, common, own);
+    splitObject(tags, common, own, false);
     const AcDbObjectId tableId = addObject(table, common, t.offset, end);
     if (tableId.isNull()) return fail("could not add table " + name);
     m_info.tables.append(tableId);
@@ -343,7 +355,7 @@ bool Reader::readTables() {
       if (t.value == "ENDTAB") break;
       if (!collect(t, tags, end)) return false;
       CommonFields rc;
-      splitObject(tags, rc, own);
+      splitObject(tags, rc, own, false);
       PendingNames names;
       AcDbSymbolTableRecord* rec = decodeTableRecord(name, own, m_ctx, names);
       const AcDbObjectId id = addObject(rec, rc, t.offset, end);
@@ -554,7 +566,7 @@ bool Reader::readObjects() {
     if (t.code != 0) return failAt(t, "expected an object in the OBJECTS section");
     if (!collect(t, tags, end)) return false;
     CommonFields common;
-    splitObject(tags, common, own);
+    splitObject(tags, common, own, false);
     PendingNames names;
     const std::string kind(t.value);
     AcDbObject* obj = decodeObject(kind, own, m_ctx, names);
@@ -652,7 +664,6 @@ bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag)
     }
   }
   if (drawing.info.acadVer < "AC1021" && !isAscii(*text)) *text = decodeToUtf8(*text, drawing.info.codePage);
-  if (text->find("\\U+") != std::string::npos || text->find("\\M+") != std::string::npos) *text = decodeEscapes(*text);
   if (text->find("\r\n") != std::string::npos) drawing.info.lineEnding = "\r\n";
   drawing.database = std::make_unique<AcDbDatabase>(false);
   drawing.database->setSourceText(text);
