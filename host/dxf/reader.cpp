@@ -1,4 +1,5 @@
 // Builds a host database from the tags of a drawing file.
+#include <algorithm>
 #include <deque>
 #include <fstream>
 #include <sstream>
@@ -32,8 +33,11 @@ bool isNumericCode(int code, bool& real) {
 
 class Reader {
  public:
-  Reader(std::shared_ptr<const std::string> text, DxfDrawing& drawing, Diagnostics& diag)
-      : m_text(std::move(text)), m_tags(*m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
+  Reader(std::shared_ptr<const std::string> text, DxfDrawing& drawing, Diagnostics& diag,
+         std::vector<std::size_t> binaryOffsets = {}, std::size_t binarySize = 0)
+      : m_binaryOffsets(std::move(binaryOffsets)),
+        m_binarySize(binarySize),
+        m_text(std::move(text)), m_tags(*m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
         m_diag(diag) {}
 
   bool run();
@@ -43,9 +47,13 @@ class Reader {
     if (m_diag.error.empty()) m_diag.error = message;
     return false;
   }
-  bool failAt(const Tag& t, const std::string& message) {
-    return fail("line " + std::to_string(t.line) + ": " + message);
+  // The place of a tag: its line, or for binary files its byte offset.
+  std::string where(std::size_t line) const {
+    if (m_binaryOffsets.empty()) return "line " + std::to_string(line);
+    const std::size_t tag = line > 0 ? (line - 1) / 2 : 0;
+    return "byte offset " + std::to_string(tag < m_binaryOffsets.size() ? m_binaryOffsets[tag] : m_binarySize);
   }
+  bool failAt(const Tag& t, const std::string& message) { return fail(where(t.line) + ": " + message); }
   bool next(Tag& t) {
     if (m_tags.next(t)) {
       if (t.code < -5 || t.code > 1071) return failAt(t, "invalid group code " + std::to_string(t.code));
@@ -85,6 +93,8 @@ class Reader {
   void resolve();
   AcDbObjectId blockByName(const std::string& name, bool create);
 
+  std::vector<std::size_t> m_binaryOffsets;
+  std::size_t m_binarySize = 0;
   std::shared_ptr<const std::string> m_text;
   TagReader m_tags;
   AcDbDatabase& m_db;
@@ -118,8 +128,7 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
     tags.push_back(decoded(t));
   }
   if (!m_diag.error.empty()) return false;
-  return fail("line " + std::to_string(first.line) + ": the file ends inside " + std::string(first.value) +
-              " (no EOF marker)");
+  return fail(where(first.line) + ": the file ends inside " + std::string(first.value) + " (no EOF marker)");
 }
 
 bool Reader::run() {
@@ -139,7 +148,7 @@ bool Reader::run() {
       if (inPreamble && t.code != 0) return failAt(t, "expected a SECTION, found group code " + std::to_string(t.code));
       // Stray tags between sections: some writers leave header variables
       // after an early ENDSEC. Skip to the next section.
-      m_diag.warn("line " + std::to_string(t.line) + ": data outside any section was skipped");
+      m_diag.warn(where(t.line) + ": data outside any section was skipped");
       while (next(t) && !(t.code == 0 && (t.value == "SECTION" || t.value == "EOF"))) {}
       if (!m_diag.error.empty()) return false;
       m_tags.unread();
@@ -181,14 +190,16 @@ bool Reader::run() {
     if (!ok) return false;
   }
   if (!m_diag.error.empty()) return false;
-  if (!m_sawEof) return fail("line " + std::to_string(t.line) + ": the file ends without an EOF marker");
+  if (!m_sawEof) return fail(where(t.line) + ": the file ends without an EOF marker");
   ensureStandardObjects(true);
   resolve();
   return true;
 }
 
 bool Reader::expectEnd(std::string_view what) {
-  return fail("the file ends inside the " + std::string(what) + " section (no ENDSEC)");
+  const std::string at = m_binaryOffsets.empty() ? "line " + std::to_string(std::count(m_text->begin(), m_text->end(), '\n') + 1)
+                                                 : "byte offset " + std::to_string(m_binarySize);
+  return fail(at + ": the file ends inside the " + std::string(what) + " section (no ENDSEC)");
 }
 
 bool Reader::readHeader(const Tag&) {
@@ -643,10 +654,12 @@ void Reader::resolve() {
 }  // namespace
 
 bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
+  diag.error.clear();
   auto text = std::make_shared<std::string>();
+  std::vector<std::size_t> offsets;
   if (isBinaryDxf(bytes)) {
     drawing.info.binary = true;
-    if (!binaryToText(bytes, *text, diag.error)) return false;
+    if (!binaryToText(bytes, *text, diag.error, &offsets)) return false;
   } else {
     text->assign(bytes);
   }
@@ -667,7 +680,7 @@ bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag)
   if (text->find("\r\n") != std::string::npos) drawing.info.lineEnding = "\r\n";
   drawing.database = std::make_unique<AcDbDatabase>(false);
   drawing.database->setSourceText(text);
-  Reader reader(text, drawing, diag);
+  Reader reader(text, drawing, diag, std::move(offsets), bytes.size());
   return reader.run();
 }
 

@@ -122,7 +122,7 @@ std::string formatDouble(double value) {
   return s;
 }
 
-bool binaryToText(std::string_view bytes, std::string& text, std::string& error) {
+bool binaryToText(std::string_view bytes, std::string& text, std::string& error, std::vector<std::size_t>* offsets) {
   if (!isBinaryDxf(bytes)) {
     error = "not a binary drawing file";
     return false;
@@ -136,6 +136,7 @@ bool binaryToText(std::string_view bytes, std::string& text, std::string& error)
   char num[32];
   while (r.pos < bytes.size()) {
     const std::size_t at = r.pos;
+    if (offsets) offsets->push_back(at);
     int code = 0;
     if (wideCodes) {
       std::int16_t c;

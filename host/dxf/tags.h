@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host::dxf {
 
@@ -46,8 +47,11 @@ bool parseInt(std::string_view text, long long& value);
 // Binary files begin with this sentinel.
 bool isBinaryDxf(std::string_view bytes);
 // Converts a binary file to the text form, one "code\nvalue\n" pair a tag;
-// false with a message naming the byte offset when it is malformed.
-bool binaryToText(std::string_view bytes, std::string& text, std::string& error);
+// false with a message naming the byte offset when it is malformed. When
+// offsets is given it receives the byte offset of every tag, so that later
+// messages can name the place in the binary file.
+bool binaryToText(std::string_view bytes, std::string& text, std::string& error,
+                  std::vector<std::size_t>* offsets = nullptr);
 
 // Shortest text that reads back as the same double ("1.0" rather than "1").
 std::string formatDouble(double value);

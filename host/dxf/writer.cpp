@@ -366,6 +366,7 @@ bool Writer::run(std::string& out) {
 }  // namespace
 
 bool writeDxfText(const DxfDrawing& drawing, const WriteOptions& options, std::string& out, Diagnostics& diag) {
+  diag.error.clear();
   if (!drawing.database) {
     diag.error = "no drawing to write";
     return false;

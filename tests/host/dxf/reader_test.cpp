@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+
+#include "host/db/operations.h"
+#include "host/dxf/dxf_file.h"
+
+namespace {
+using host::dxf::Diagnostics;
+using host::dxf::DxfDrawing;
+
+// A small R2000 drawing in the form writers produce, with placeholders.
+std::string drawing(const std::string& entities, const std::string& header = "") {
+  return "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  9\n$HANDSEED\n  5\n100\n" + header +
+         "  0\nENDSEC\n"
+         "  0\nSECTION\n  2\nTABLES\n  0\nTABLE\n  2\nLAYER\n  5\n2\n330\n0\n100\nAcDbSymbolTable\n 70\n1\n"
+         "  0\nLAYER\n  5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n  2\n0\n 70\n0\n 62\n7\n"
+         "  6\nContinuous\n  0\nENDTAB\n  0\nENDSEC\n"
+         "  0\nSECTION\n  2\nENTITIES\n" +
+         entities + "  0\nENDSEC\n  0\nEOF\n";
+}
+
+std::string readError(const std::string& text) {
+  DxfDrawing d;
+  Diagnostics diag;
+  EXPECT_FALSE(host::dxf::readDxfText(text, d, diag)) << "should be refused";
+  return diag.error;
+}
+
+const char* kLine = "  0\nLINE\n  5\n20\n100\nAcDbEntity\n  8\n0\n100\nAcDbLine\n 10\n1.0\n 20\n2.0\n 30\n0.0\n"
+                    " 11\n4.0\n 21\n6.0\n 31\n0.0\n";
+
+TEST(DxfReader, MalformedFilesGiveAnErrorThatNamesWhere) {
+  const std::string good = drawing(kLine);
+  {
+    DxfDrawing d;
+    Diagnostics diag;
+    ASSERT_TRUE(host::dxf::readDxfText(good, d, diag)) << diag.error;
+  }
+  // Truncated in the middle of an entity.
+  EXPECT_NE(readError(good.substr(0, good.find(" 21\n6.0"))).find("line"), std::string::npos);
+  // A group code that is no number.
+  std::string odd = good;
+  odd.replace(odd.find(" 20\n2.0"), 3, "abc");
+  EXPECT_NE(readError(odd).find("expected a group code"), std::string::npos);
+  // A number that is none.
+  std::string bad = good;
+  bad.replace(bad.find("1.0\n 20"), 3, "1,x");
+  const std::string badError = readError(bad);
+  EXPECT_NE(badError.find("group code 10 expects a number"), std::string::npos) << badError;
+  EXPECT_NE(badError.find("line "), std::string::npos);
+  // No EOF marker.
+  EXPECT_NE(readError(good.substr(0, good.rfind("  0\nEOF"))).find("EOF"), std::string::npos);
+  // Sections out of order.
+  std::string swapped = "  0\nSECTION\n  2\nENTITIES\n  0\nENDSEC\n  0\nSECTION\n  2\nHEADER\n  0\nENDSEC\n  0\nEOF\n";
+  EXPECT_NE(readError(swapped).find("out of order"), std::string::npos);
+  // An invalid group code value.
+  std::string big = good;
+  big.replace(big.find(" 20\n2.0"), 3, "9999");
+  EXPECT_NE(readError(big).find("invalid group code"), std::string::npos);
+  // Binary garbage after a valid sentinel, and a value cut short.
+  std::string garbage("AutoCAD Binary DXF\r\n\x1a\0", 22);
+  garbage += std::string("\x00\x00SECTION\x00\x02\x00HEA", 15);
+  EXPECT_NE(readError(garbage).find("byte offset"), std::string::npos);
+  garbage.push_back('\0');  // the name ends, the section does not
+  EXPECT_NE(readError(garbage).find("byte offset 38"), std::string::npos) << readError(garbage);
+  std::string shortReal("AutoCAD Binary DXF\r\n\x1a\0", 22);
+  shortReal += std::string("\x0a\x00\x01\x02", 4);  // code 10 then 2 of 8 bytes
+  EXPECT_NE(readError(shortReal).find("byte offset"), std::string::npos);
+  // Random bytes are no drawing.
+  EXPECT_FALSE(readError(std::string("\xff\xfe\x01garbage\n\n", 12)).empty());
+}
+
+TEST(DxfReader, ForgivesMissingHeaderAndTablesWithWarnings) {
+  const std::string text = std::string("  0\nSECTION\n  2\nENTITIES\n") +
+                           "  0\nLINE\n  8\nWALLS\n 10\n0\n 20\n0\n 30\n0\n 11\n5\n 21\n0\n 31\n0\n" +
+                           "  0\nENDSEC\n  0\nEOF\n";
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(text, d, diag)) << diag.error;
+  EXPECT_FALSE(diag.warnings.empty());
+  const AcDbObjectIdArray ids = host::allEntities(d.database.get());
+  ASSERT_EQ(ids.length(), 1);
+  AcDbObjectPointer<AcDbLine> line(ids[0], AcDb::kForRead);
+  EXPECT_EQ(line->layer(), "WALLS");
+  EXPECT_FALSE(line->handle().isNull());  // files without handles get them
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag)) << diag.error;
+  DxfDrawing again;
+  ASSERT_TRUE(host::dxf::readDxfText(out, again, diag)) << diag.error;
+  EXPECT_EQ(host::allEntities(again.database.get()).length(), 1);
+}
+
+TEST(DxfReader, MirroredArcsAreReadInWorldTerms) {
+  // An arc stored with extrusion (0,0,-1): centre (-10, 0) in its own plane
+  // is (10, 0) in the world, and it turns clockwise seen from +Z.
+  const std::string arc =
+      "  0\nARC\n  5\n21\n100\nAcDbEntity\n  8\n0\n100\nAcDbCircle\n 10\n-10.0\n 20\n0.0\n 30\n0.0\n 40\n2.0\n"
+      "210\n0.0\n220\n0.0\n230\n-1.0\n100\nAcDbArc\n 50\n0.0\n 51\n90.0\n";
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(arc), d, diag)) << diag.error;
+  AcDbObjectPointer<AcDbArc> a(host::allEntities(d.database.get())[0], AcDb::kForRead);
+  ASSERT_TRUE(a);
+  EXPECT_EQ(a->normal(), AcGeVector3d::kZAxis);
+  EXPECT_NEAR(a->center().distanceTo({10, 0, 0}), 0, 1e-12);
+  AcGePoint3d s, e;
+  a->getStartPoint(s);
+  a->getEndPoint(e);
+  EXPECT_NEAR(s.distanceTo({10, 2, 0}), 0, 1e-12);   // was the end (90° in its plane)
+  EXPECT_NEAR(e.distanceTo({8, 0, 0}), 0, 1e-12);    // was the start (0° in its plane: world -x)
+}
+
+TEST(DxfReader, EscapedCharactersAreDecodedButWrittenBackAsTheyWere) {
+  const std::string text = drawing(
+      "  0\nTEXT\n  5\n22\n100\nAcDbEntity\n  8\n0\n100\nAcDbText\n 10\n0\n 20\n0\n 30\n0\n 40\n2.5\n"
+      "  1\n\\U+8BA1\\U+7B97 \\M+5B3DF\n100\nAcDbText\n");
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(text, d, diag)) << diag.error;
+  AcDbObjectPointer<AcDbText> t(host::allEntities(d.database.get())[0], AcDb::kForRead);
+  EXPECT_EQ(t->textString(), "计算 尺");
+  t.close();
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
+  EXPECT_NE(out.find("\\U+8BA1\\U+7B97 \\M+5B3DF"), std::string::npos);  // the unchanged text as it was
+}
+
+TEST(DxfWriter, WritesAtomicallyAndNeverTouchesTheInput) {
+  namespace fs = std::filesystem;
+  const fs::path dir = fs::temp_directory_path() / "envline_writer_test";
+  fs::create_directories(dir);
+  const fs::path in = dir / "in.dxf";
+  std::ofstream(in) << drawing(kLine);
+  const auto before = fs::last_write_time(in);
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfFile(in.string(), d, diag)) << diag.error;
+  {
+    AcDbObjectPointer<AcDbLine> line(host::allEntities(d.database.get())[0], AcDb::kForWrite);
+    line->setEndPoint({9, 9, 0});
+  }
+  ASSERT_TRUE(host::dxf::writeDxfFile((dir / "out.dxf").string(), d, {}, diag)) << diag.error;
+  EXPECT_EQ(fs::last_write_time(in), before);
+  for (const auto& entry : fs::directory_iterator(dir))  // no temporary file is left behind
+    EXPECT_NE(entry.path().filename().string()[0], '.') << entry.path();
+  EXPECT_FALSE(host::dxf::writeDxfFile((dir / "missing" / "out.dxf").string(), d, {}, diag));
+  EXPECT_NE(diag.error.find("missing"), std::string::npos);
+  DxfDrawing back;
+  ASSERT_TRUE(host::dxf::readDxfFile((dir / "out.dxf").string(), back, diag));
+  AcDbObjectPointer<AcDbLine> line(host::allEntities(back.database.get())[0], AcDb::kForRead);
+  EXPECT_EQ(line->endPoint(), AcGePoint3d(9, 9, 0));
+  EXPECT_EQ(line->handle(), AcDbHandle(0x20));
+  fs::remove_all(dir);
+}
+
+TEST(DxfWriter, NewObjectsGetFreshHandlesAndTheSeedMovesOn) {
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(kLine), d, diag));
+  AcDbObjectId id;
+  host::appendEntity(d.database.get(), new AcDbLine({0, 0, 0}, {1, 1, 0}), id);
+  EXPECT_GE(id.handle().value(), 0x100u);  // beyond the file's seed
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
+  const auto seed = out.find("$HANDSEED\n  5\n");
+  ASSERT_NE(seed, std::string::npos);
+  const AcDbHandle written = AcDbHandle::fromHex(out.substr(seed + 14, out.find('\n', seed + 14) - seed - 14));
+  EXPECT_GT(written, id.handle());
+  EXPECT_FALSE(host::dxf::writeDxfText(d, {"R12"}, out, diag));  // R2000 drawings are not written as R12
+}
+}  // namespace
