@@ -1,10 +1,205 @@
+// envline info: what a drawing holds, for a user deciding how to run the
+// outline (which layers hold dimensions, which linetypes are centre lines,
+// which frames carry tool numbers).
 #include <cstdio>
+#include <map>
 
 #include "app/cli/commands.h"
+#include "app/cli/json.h"
+#include "host/db/operations.h"
+#include "host/dxf/dxf_file.h"
+#include "host/dxf/tags.h"
 
 namespace cli {
-int runInfo(const Args&) {
-  std::fputs("envline info: not built yet\n", stderr);
-  return 1;
+
+namespace {
+const char* kHelp =
+    "usage: envline info FILE.dxf [--json]\n"
+    "\n"
+    "Prints the drawing's version, code page, units and extents, its entities\n"
+    "by kind and by layer, its blocks, its linetypes (marked dashed or centre\n"
+    "where their name or pattern says so) and every block reference that\n"
+    "carries a tool number (extended data of TUKANGE_NAME_IDENTITY) with its\n"
+    "box. --json prints the same as one JSON object.\n";
+
+const char* unitName(int u) {
+  static const char* const names[] = {"unitless", "inches", "feet", "miles", "millimetres", "centimetres",
+                                      "metres", "kilometres", "microinches", "mils", "yards", "angstroms",
+                                      "nanometres", "microns", "decimetres", "decametres", "hectometres",
+                                      "gigametres", "astronomical units", "light years", "parsecs"};
+  return u >= 0 && u < static_cast<int>(std::size(names)) ? names[u] : "other";
 }
+
+// "centre", "dashed" or "continuous", from the name and then the pattern.
+std::string linetypeKind(const AcDbLinetypeTableRecord& lt) {
+  const std::string n = host::foldCase(lt.getName());
+  if (n.find("CENTER") != std::string::npos || n.find("CENTRE") != std::string::npos ||
+      n.find("DASHDOT") != std::string::npos || n.find("点画线") != std::string::npos)
+    return "centre";
+  if (n.find("DASH") != std::string::npos || n.find("HIDDEN") != std::string::npos) return "dashed";
+  return lt.dashes().size() >= 2 ? "dashed" : "continuous";
+}
+
+struct Frame {
+  std::string handle, toolNumber;
+  AcDbExtents box;
+};
+
+std::vector<Frame> toolFrames(const AcDbDatabase& db) {
+  std::vector<Frame> frames;
+  for (AcDbObjectId id : host::allEntities(&db)) {
+    AcDbObjectPointer<AcDbBlockReference> ref(id, AcDb::kForRead);
+    if (!ref) continue;
+    ResbufChain xd(ref->xData("TUKANGE_NAME_IDENTITY"));
+    if (!xd.get()) continue;
+    Frame f;
+    f.handle = id.handle().toHex();
+    // The first value after the application name is the tool number.
+    const GroupValues values = valuesFromChain(xd.get());
+    if (values.size() > 1) {
+      const GroupValue& v = values[1];
+      const GroupKind k = groupKind(v.code);
+      f.toolNumber = k == GroupKind::kReal ? host::dxf::formatDouble(v.real[0])
+                     : (k == GroupKind::kInt16 || k == GroupKind::kInt32) ? std::to_string(v.integer)
+                                                                          : v.text;
+    }
+    ref->getGeomExtents(f.box);
+    frames.push_back(f);
+  }
+  return frames;
+}
+}  // namespace
+
+int runInfo(const Args& args) {
+  std::string path;
+  bool json = false;
+  for (const std::string& a : args) {
+    if (a == "-h" || a == "--help") {
+      std::fputs(kHelp, stdout);
+      return 0;
+    }
+    if (a == "--json") json = true;
+    else if (!a.empty() && a[0] != '-' && path.empty()) path = a;
+    else {
+      std::fprintf(stderr, "envline info: unexpected argument '%s'\n%s", a.c_str(), kHelp);
+      return 2;
+    }
+  }
+  if (path.empty()) {
+    std::fprintf(stderr, "envline info: a drawing file is required\n%s", kHelp);
+    return 2;
+  }
+  host::dxf::DxfDrawing d;
+  host::dxf::Diagnostics diag;
+  if (!host::dxf::readDxfFile(path, d, diag)) {
+    std::fprintf(stderr, "envline info: %s\n", diag.error.c_str());
+    return 1;
+  }
+  const AcDbDatabase& db = *d.database;
+  std::map<std::string, int> byKind, byLayer;
+  AcDbExtents extents;
+  for (AcDbObjectId id : host::allEntities(&db)) {
+    AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
+    ++byKind[host::dxf::kindName(*e.get())];
+    ++byLayer[e->layer()];
+    AcDbExtents ext;
+    if (e->getGeomExtents(ext) == Acad::eOk) extents.addExt(ext);
+  }
+  struct Block {
+    std::string name;
+    int entities = 0;
+  };
+  std::vector<Block> blocks;
+  AcDbObjectPointer<AcDbBlockTable> bt(db.blockTableId(), AcDb::kForRead);
+  for (AcDbObjectId id : bt->recordIds()) {
+    AcDbObjectPointer<AcDbBlockTableRecord> rec(id, AcDb::kForRead);
+    if (!rec || rec->isLayout()) continue;
+    Block b{rec->getName(), 0};
+    for (AcDbObjectId e : rec->entityIds()) b.entities += !e.isErased();
+    blocks.push_back(b);
+  }
+  bt.close();
+  struct Linetype {
+    std::string name, description, kind;
+  };
+  std::vector<Linetype> linetypes;
+  AcDbObjectPointer<AcDbLinetypeTable> lt(db.linetypeTableId(), AcDb::kForRead);
+  for (AcDbObjectId id : lt->recordIds()) {
+    AcDbObjectPointer<AcDbLinetypeTableRecord> rec(id, AcDb::kForRead);
+    if (rec) linetypes.push_back({rec->getName(), rec->comments(), linetypeKind(*rec.get())});
+  }
+  lt.close();
+  const std::vector<Frame> frames = toolFrames(db);
+  const auto* version = host::dxf::findVersion(d.info.acadVer);
+  const std::string release = version ? version->release : "unknown";
+  const std::string codePage = d.info.acadVer >= "AC1021" ? "UTF-8" : d.info.codePage;
+
+  if (json) {
+    Json j;
+    j.beginObject();
+    j.key("file").value(path).key("version").value(release).key("acadver").value(d.info.acadVer);
+    j.key("binary").value(d.info.binary).key("codepage").value(codePage);
+    j.key("units").value(unitName(db.insunits())).key("insunits").value(db.insunits());
+    j.key("extents");
+    if (extents.isValid())
+      j.beginArray().value(extents.minPoint().x).value(extents.minPoint().y).value(extents.maxPoint().x)
+          .value(extents.maxPoint().y).endArray();
+    else
+      j.beginArray().endArray();
+    j.key("entities").beginObject();
+    for (const auto& [k, n] : byKind) j.key(k).value(n);
+    j.endObject().key("layers").beginObject();
+    for (const auto& [k, n] : byLayer) j.key(k).value(n);
+    j.endObject().key("blocks").beginArray();
+    for (const auto& b : blocks) j.beginObject().key("name").value(b.name).key("entities").value(b.entities).endObject();
+    j.endArray().key("linetypes").beginArray();
+    for (const auto& l : linetypes)
+      j.beginObject().key("name").value(l.name).key("description").value(l.description).key("kind").value(l.kind)
+          .endObject();
+    j.endArray().key("tool_frames").beginArray();
+    for (const auto& f : frames) {
+      j.beginObject().key("handle").value(f.handle).key("tool_number").value(f.toolNumber).key("box");
+      if (f.box.isValid())
+        j.beginArray().value(f.box.minPoint().x).value(f.box.minPoint().y).value(f.box.maxPoint().x)
+            .value(f.box.maxPoint().y).endArray();
+      else
+        j.beginArray().endArray();
+      j.endObject();
+    }
+    j.endArray().key("warnings").beginArray();
+    for (const auto& w : diag.warnings) j.value(w);
+    j.endArray().endObject();
+    std::printf("%s\n", j.str().c_str());
+    return 0;
+  }
+
+  std::printf("%s\n", path.c_str());
+  std::printf("  version    %s (%s)%s\n", release.c_str(), d.info.acadVer.c_str(), d.info.binary ? ", binary" : "");
+  std::printf("  code page  %s\n", codePage.c_str());
+  std::printf("  units      %s\n", unitName(db.insunits()));
+  if (extents.isValid())
+    std::printf("  extents    (%g, %g) - (%g, %g)\n", extents.minPoint().x, extents.minPoint().y, extents.maxPoint().x,
+                extents.maxPoint().y);
+  std::printf("  entities by kind\n");
+  for (const auto& [k, n] : byKind) std::printf("    %-14s %d\n", k.c_str(), n);
+  std::printf("  entities by layer\n");
+  for (const auto& [k, n] : byLayer) std::printf("    %-14s %d\n", k.c_str(), n);
+  std::printf("  blocks\n");
+  for (const auto& b : blocks) std::printf("    %-14s %d entities\n", b.name.c_str(), b.entities);
+  std::printf("  linetypes\n");
+  for (const auto& l : linetypes)
+    std::printf("    %-14s %-10s %s\n", l.name.c_str(), l.kind.c_str(), l.description.c_str());
+  std::printf("  tool frames\n");
+  if (frames.empty()) std::printf("    none\n");
+  for (const auto& f : frames) {
+    std::printf("    %-14s handle %s", f.toolNumber.empty() ? "(no number)" : f.toolNumber.c_str(), f.handle.c_str());
+    if (f.box.isValid())
+      std::printf(", box (%g, %g) - (%g, %g)", f.box.minPoint().x, f.box.minPoint().y, f.box.maxPoint().x,
+                  f.box.maxPoint().y);
+    std::printf("\n");
+  }
+  for (const auto& w : diag.warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());
+  return 0;
+}
+
 }  // namespace cli

@@ -9,10 +9,8 @@
 namespace {
 // Live databases by serial; serials are never reused, so ids of a destroyed
 // database are recognised. Slot 0 stays empty: serial 0 is the null id.
-std::vector<AcDbDatabase*>& registry() {
-  static std::vector<AcDbDatabase*> dbs(1, nullptr);
-  return dbs;
-}
+std::vector<AcDbDatabase*> g_databases(1, nullptr);
+std::vector<AcDbDatabase*>& registry() { return g_databases; }
 }  // namespace
 
 AcDbHostApplicationServices* acdbHostApplicationServices() {
@@ -35,7 +33,7 @@ AcDbDatabase::AcDbDatabase(bool buildDefault) {
 AcDbDatabase::~AcDbDatabase() {
   if (acdbHostApplicationServices()->workingDatabase() == this)
     acdbHostApplicationServices()->setWorkingDatabase(nullptr);
-  for (Slot& s : m_slots) delete s.object;
+  m_slots.forEach([](Slot& s) { delete s.object; });
   registry()[m_serial] = nullptr;
 }
 
@@ -49,6 +47,11 @@ const AcDbDatabase::Slot* AcDbDatabase::slot(AcDbObjectId id) const {
 }
 
 void AcDbDatabase::setHandseed(AcDbHandle seed) { m_handseed = std::max(m_handseed, seed); }
+
+void AcDbDatabase::reserveHandles(std::size_t count) {
+  indexHandles();
+  m_byHandle->reserve(count);
+}
 
 void AcDbDatabase::indexHandles() {
   if (m_byHandle) return;
@@ -132,8 +135,8 @@ void AcDbDatabase::setSourceSpan(AcDbObjectId id, std::uint64_t offset, std::uin
 
 std::string_view AcDbDatabase::originalSource(AcDbObjectId id) const {
   const Slot* s = slot(id);
-  if (!s || !m_source || s->sourceLength == 0 || s->sourceOffset + s->sourceLength > m_source->size()) return {};
-  return std::string_view(*m_source).substr(s->sourceOffset, s->sourceLength);
+  if (!s || s->sourceLength == 0 || s->sourceOffset + s->sourceLength > m_source.size()) return {};
+  return m_source.substr(s->sourceOffset, s->sourceLength);
 }
 
 std::string_view AcDbDatabase::unmodifiedSource(AcDbObjectId id) const {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/db/object.h"
+#include "host/db/slot_store.h"
 
 class AcDbBlockTable;
 class AcDbLayerTable;
@@ -70,6 +71,9 @@ class AcDbDatabase {
   // or the null handle gets a fresh one.
   Acad::ErrorStatus addAcDbObjectWithHandle(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle);
   Acad::ErrorStatus getAcDbObjectId(AcDbObjectId& id, bool createIfNotFound, const AcDbHandle& handle);
+  // Prepares the handle look-up for about this many objects (readers know
+  // roughly how many a file holds).
+  void reserveHandles(std::size_t count);
 
   // Clones objects (entities with what they own) into the owner, normally a
   // block table record; the mapping pairs every original with its clone.
@@ -88,8 +92,12 @@ class AcDbDatabase {
   // The text a drawing file was read from (normalised to UTF-8), and each
   // object's span in it: while an object is unmodified, a writer can copy
   // its span instead of regenerating it.
-  void setSourceText(std::shared_ptr<const std::string> text) { m_source = std::move(text); }
-  const std::shared_ptr<const std::string>& sourceText() const { return m_source; }
+  // owner keeps the text alive (a string, or a mapping of the file).
+  void setSourceText(std::string_view text, std::shared_ptr<const void> owner) {
+    m_source = text;
+    m_sourceOwner = std::move(owner);
+  }
+  std::string_view sourceText() const { return m_source; }
   // Records the object's span and marks it unmodified.
   void setSourceSpan(AcDbObjectId id, std::uint64_t offset, std::uint32_t length);
   // The unmodified object's span; empty when it has none or was modified.
@@ -117,7 +125,7 @@ class AcDbDatabase {
   Slot* slot(AcDbObjectId id);
   const Slot* slot(AcDbObjectId id) const;
   // Object slots, in creation order, for writers that walk every object.
-  const std::deque<Slot>& slots() const { return m_slots; }
+  const host::ChunkedStore<Slot>& slots() const { return m_slots; }
   AcDbObjectId idAt(std::uint32_t index) const { return AcDbObjectId(m_serial, index); }
   static AcDbDatabase* fromSerial(std::uint32_t serial);
   std::uint32_t serial() const { return m_serial; }
@@ -137,12 +145,13 @@ class AcDbDatabase {
   void indexHandles();
 
   std::uint32_t m_serial = 0;
-  std::deque<Slot> m_slots;  // stable addresses, cheap growth
+  host::ChunkedStore<Slot> m_slots;  // stable addresses, cheap growth
   std::unique_ptr<std::unordered_map<std::uint64_t, std::uint32_t>> m_byHandle;  // built on first look-up
   AcDbHandle m_handseed{1};
   std::vector<AcDbDatabaseReactor*> m_reactors;
   std::vector<AcDbHeaderVariable> m_header;
-  std::shared_ptr<const std::string> m_source;
+  std::string_view m_source;
+  std::shared_ptr<const void> m_sourceOwner;
 
   AcDbObjectId m_blockTable, m_layerTable, m_linetypeTable, m_textStyleTable, m_regAppTable;
   AcDbObjectId m_namedObjects, m_modelSpace, m_paperSpace;

@@ -43,6 +43,10 @@ class ReadContext {
   AcDbObjectId layer(std::string_view name);
   AcDbObjectId linetype(std::string_view name);
   AcDbObjectId textStyle(std::string_view name);
+
+ private:
+  std::string m_lastLayerName, m_lastLinetypeName;
+  AcDbObjectId m_lastLayer, m_lastLinetype;
 };
 
 // Fields every object has in a file: handle, owner, extension dictionary,

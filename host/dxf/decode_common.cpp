@@ -16,15 +16,20 @@ AcDbObjectId findRecord(AcDbObjectId table, std::string_view name) {
 
 AcDbObjectId ReadContext::layer(std::string_view name) {
   if (name.empty()) name = "0";
+  // Neighbouring entities mostly share their layer.
+  if (name == m_lastLayerName && !m_lastLayer.isNull()) return m_lastLayer;
   AcDbObjectId id = findRecord(db.layerTableId(), name);
   if (id.isNull()) {
     diag.warn("layer '" + std::string(name) + "' is used but not defined; it was added");
     findLayer(&db, std::string(name), id, true);
   }
+  m_lastLayerName.assign(name);
+  m_lastLayer = id;
   return id;
 }
 
 AcDbObjectId ReadContext::linetype(std::string_view name) {
+  if (name == m_lastLinetypeName && !m_lastLinetype.isNull()) return m_lastLinetype;
   AcDbObjectId id = findRecord(db.linetypeTableId(), name);
   if (id.isNull()) {
     diag.warn("linetype '" + std::string(name) + "' is used but not defined; it was added");
@@ -37,6 +42,8 @@ AcDbObjectId ReadContext::linetype(std::string_view name) {
       table->close();
     }
   }
+  m_lastLinetypeName.assign(name);
+  m_lastLinetype = id;
   return id;
 }
 

@@ -39,6 +39,9 @@ struct DxfFileInfo {
   AcDbObjectIdArray tables;
 };
 
+// The file's name for the kind of an entity or object ("LINE", "LWPOLYLINE").
+std::string kindName(const AcDbObject& obj);
+
 struct Diagnostics {
   std::vector<std::string> warnings;
   std::string error;  // set when reading or writing failed

@@ -419,6 +419,33 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
 
 }  // namespace
 
+std::string kindName(const AcDbObject& obj) {
+  if (const auto* g = AcDbGenericEntity::cast(&obj)) return g->dxfName();
+  if (const auto* g = AcDbGenericObject::cast(&obj)) return g->dxfName();
+  if (AcDbLine::cast(&obj)) return "LINE";
+  if (AcDbArc::cast(&obj)) return "ARC";
+  if (AcDbCircle::cast(&obj)) return "CIRCLE";
+  if (AcDbEllipse::cast(&obj)) return "ELLIPSE";
+  if (AcDbSpline::cast(&obj)) return "SPLINE";
+  if (AcDbPolyline::cast(&obj)) return "LWPOLYLINE";
+  if (AcDb2dPolyline::cast(&obj) || AcDb3dPolyline::cast(&obj)) return "POLYLINE";
+  if (AcDbBlockReference::cast(&obj)) return "INSERT";
+  if (AcDbAttribute::cast(&obj)) return "ATTRIB";
+  if (AcDbAttributeDefinition::cast(&obj)) return "ATTDEF";
+  if (AcDbText::cast(&obj)) return "TEXT";
+  if (AcDbMText::cast(&obj)) return "MTEXT";
+  if (AcDbDimension::cast(&obj)) return "DIMENSION";
+  if (AcDbHatch::cast(&obj)) return "HATCH";
+  if (AcDbPoint::cast(&obj)) return "POINT";
+  if (AcDbFace::cast(&obj)) return "3DFACE";
+  if (AcDbTrace::cast(&obj)) return "TRACE";
+  if (AcDbSolid::cast(&obj)) return "SOLID";
+  if (AcDbDictionary::cast(&obj)) return "DICTIONARY";
+  if (AcDbXrecord::cast(&obj)) return "XRECORD";
+  if (AcDbGroup::cast(&obj)) return "GROUP";
+  return obj.isA()->name();
+}
+
 std::string_view tableName(const AcDbObject& table) {
   if (AcDbBlockTable::cast(&table)) return "BLOCK_RECORD";
   if (AcDbLayerTable::cast(&table)) return "LAYER";

@@ -1,4 +1,9 @@
 // Builds a host database from the tags of a drawing file.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <deque>
 #include <fstream>
@@ -33,11 +38,11 @@ bool isNumericCode(int code, bool& real) {
 
 class Reader {
  public:
-  Reader(std::shared_ptr<const std::string> text, DxfDrawing& drawing, Diagnostics& diag,
-         std::vector<std::size_t> binaryOffsets = {}, std::size_t binarySize = 0)
+  Reader(std::string_view text, DxfDrawing& drawing, Diagnostics& diag, std::vector<std::size_t> binaryOffsets = {},
+         std::size_t binarySize = 0)
       : m_binaryOffsets(std::move(binaryOffsets)),
         m_binarySize(binarySize),
-        m_text(std::move(text)), m_tags(*m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
+        m_text(text), m_tags(m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
         m_diag(diag) {}
 
   bool run();
@@ -95,13 +100,14 @@ class Reader {
 
   std::vector<std::size_t> m_binaryOffsets;
   std::size_t m_binarySize = 0;
-  std::shared_ptr<const std::string> m_text;
+  std::string_view m_text;
   TagReader m_tags;
   AcDbDatabase& m_db;
   ReadContext m_ctx;
   DxfFileInfo& m_info;
   Diagnostics& m_diag;
   std::deque<std::string> m_decoded;  // stable storage for decoded values
+  std::vector<Tag> m_tagBuffer, m_ownBuffer;  // reused from entity to entity
   std::string m_clayerName;
   AcDbHandle m_headerSeed;
   bool m_sawEof = false;
@@ -118,12 +124,9 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
       return true;
     }
     bool real = false;
-    if (isNumericCode(t.code, real)) {
-      double d;
-      long long n;
-      if (!(real ? parseDouble(t.value, d) : parseInt(t.value, n)))
-        return failAt(t, "group code " + std::to_string(t.code) + " expects a number, found '" +
-                             std::string(t.value.substr(0, 40)) + "'");
+    if (isNumericCode(t.code, real) && !looksNumeric(t.value)) {
+      return failAt(t, "group code " + std::to_string(t.code) + " expects a number, found '" +
+                           std::string(t.value.substr(0, 40)) + "'");
     }
     tags.push_back(decoded(t));
   }
@@ -149,8 +152,10 @@ bool Reader::run() {
       // Stray tags between sections: some writers leave header variables
       // after an early ENDSEC. Skip to the next section.
       m_diag.warn(where(t.line) + ": data outside any section was skipped");
-      while (next(t) && !(t.code == 0 && (t.value == "SECTION" || t.value == "EOF"))) {}
+      bool found = false;
+      while (!found && next(t)) found = t.code == 0 && (t.value == "SECTION" || t.value == "EOF");
       if (!m_diag.error.empty()) return false;
+      if (!found) break;  // the file ends: reported below as a missing EOF
       m_tags.unread();
       continue;
     }
@@ -197,7 +202,7 @@ bool Reader::run() {
 }
 
 bool Reader::expectEnd(std::string_view what) {
-  const std::string at = m_binaryOffsets.empty() ? "line " + std::to_string(std::count(m_text->begin(), m_text->end(), '\n') + 1)
+  const std::string at = m_binaryOffsets.empty() ? "line " + std::to_string(std::count(m_text.begin(), m_text.end(), '\n') + 1)
                                                  : "byte offset " + std::to_string(m_binarySize);
   return fail(at + ": the file ends inside the " + std::string(what) + " section (no ENDSEC)");
 }
@@ -465,7 +470,8 @@ bool Reader::readEntities() {
 }
 
 bool Reader::readEntity(const Tag& first, AcDbObjectId owner) {
-  std::vector<Tag> tags, own;
+  std::vector<Tag>& tags = m_tagBuffer;
+  std::vector<Tag>& own = m_ownBuffer;
   std::size_t end = 0;
   if (!collect(first, tags, end)) return false;
   CommonFields common;
@@ -653,19 +659,23 @@ void Reader::resolve() {
 
 }  // namespace
 
-bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
+namespace {
+// Reads from bytes that the drawing keeps as its source (owner keeps them
+// alive); binary files and files that need decoding get a text of their own.
+bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDrawing& drawing, Diagnostics& diag) {
   diag.error.clear();
-  auto text = std::make_shared<std::string>();
   std::vector<std::size_t> offsets;
+  std::string_view text = bytes;
   if (isBinaryDxf(bytes)) {
     drawing.info.binary = true;
-    if (!binaryToText(bytes, *text, diag.error, &offsets)) return false;
-  } else {
-    text->assign(bytes);
+    auto converted = std::make_shared<std::string>();
+    if (!binaryToText(bytes, *converted, diag.error, &offsets)) return false;
+    text = *converted;
+    owner = converted;
   }
   // The code page is in the header; files of R2007 and later are UTF-8.
   {
-    TagReader pre(*text);
+    TagReader pre(text);
     Tag t;
     std::string var;
     int seen = 0;
@@ -676,26 +686,56 @@ bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag)
       else if (var == "$DWGCODEPAGE" && t.code == 3) drawing.info.codePage = std::string(t.value), ++seen;
     }
   }
-  if (drawing.info.acadVer < "AC1021" && !isAscii(*text)) *text = decodeToUtf8(*text, drawing.info.codePage);
-  if (text->find("\r\n") != std::string::npos) drawing.info.lineEnding = "\r\n";
+  if (drawing.info.acadVer < "AC1021" && !isAscii(text)) {
+    auto decoded = std::make_shared<std::string>(decodeToUtf8(text, drawing.info.codePage));
+    text = *decoded;
+    owner = decoded;
+  }
+  if (text.find("\r\n") != std::string_view::npos) drawing.info.lineEnding = "\r\n";
   drawing.database = std::make_unique<AcDbDatabase>(false);
-  drawing.database->setSourceText(text);
+  drawing.database->setSourceText(text, owner);
+  drawing.database->reserveHandles(text.size() / 64 + 64);  // an object takes 150 bytes or more
   Reader reader(text, drawing, diag, std::move(offsets), bytes.size());
   return reader.run();
 }
 
+// A read-only mapping of a file, unmapped when the last owner lets go.
+struct FileMapping {
+  const char* data = nullptr;
+  std::size_t size = 0;
+  ~FileMapping() {
+    if (data) munmap(const_cast<char*>(data), size);
+  }
+};
+}  // namespace
+
+bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
+  auto copy = std::make_shared<std::string>(bytes);
+  return readOwned(*copy, copy, drawing, diag);
+}
+
 bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    diag.error = path + ": cannot open the file";
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  struct stat st {};
+  if (fd < 0 || ::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    if (fd >= 0) ::close(fd);
+    diag.error = path + ": cannot open the file" + (fd >= 0 ? " (not a regular file)" : "");
     return false;
   }
-  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) {
-    diag.error = path + ": read error";
-    return false;
+  auto mapping = std::make_shared<FileMapping>();
+  mapping->size = static_cast<std::size_t>(st.st_size);
+  if (mapping->size > 0) {
+    // The whole file is read anyway: populate the mapping in one go.
+    void* p = ::mmap(nullptr, mapping->size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+    if (p == MAP_FAILED) {
+      ::close(fd);
+      diag.error = path + ": read error";
+      return false;
+    }
+    mapping->data = static_cast<const char*>(p);
   }
-  if (!readDxfText(bytes, drawing, diag)) {
+  ::close(fd);
+  if (!readOwned(std::string_view(mapping->data ? mapping->data : "", mapping->size), mapping, drawing, diag)) {
     diag.error = path + ": " + diag.error;
     return false;
   }

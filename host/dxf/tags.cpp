@@ -18,6 +18,18 @@ std::string_view trim(std::string_view s) {
 }  // namespace
 
 bool parseCode(std::string_view line, int& code) {
+  // Fast path: spaces then up to four digits, the form writers use.
+  std::size_t i = 0;
+  while (i < line.size() && line[i] == ' ') ++i;
+  if (i < line.size() && line.size() - i <= 4) {
+    int v = 0;
+    std::size_t j = i;
+    for (; j < line.size() && line[j] >= '0' && line[j] <= '9'; ++j) v = v * 10 + (line[j] - '0');
+    if (j == line.size() && j > i) {
+      code = v;
+      return true;
+    }
+  }
   line = trim(line);
   if (line.empty() || line.size() > 6) return false;
   int v = 0;
@@ -25,6 +37,16 @@ bool parseCode(std::string_view line, int& code) {
   if (ec != std::errc() || p != line.data() + line.size()) return false;
   code = v;
   return true;
+}
+
+bool looksNumeric(std::string_view text) {
+  bool digit = false;
+  for (char c : text) {
+    if (c >= '0' && c <= '9') digit = true;
+    else if (c != '.' && c != '-' && c != '+' && c != 'e' && c != 'E' && c != ' ' && c != '\t' && c != '\r')
+      return false;
+  }
+  return digit;
 }
 
 bool parseDouble(std::string_view text, double& value) {
@@ -73,7 +95,7 @@ bool TagReader::next(Tag& tag) {
   do {
     offset = m_pos;
     if (!readLine(codeLine)) return false;
-  } while (trim(codeLine).empty() && m_pos >= m_text.size());
+  } while (m_pos >= m_text.size() && trim(codeLine).empty());
   Tag t;
   t.offset = offset;
   t.line = m_line;

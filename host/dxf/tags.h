@@ -43,6 +43,8 @@ bool parseCode(std::string_view line, int& code);
 // Numbers of tag values; false when the text is not a number of that kind.
 bool parseDouble(std::string_view text, double& value);
 bool parseInt(std::string_view text, long long& value);
+// A quick check that a value could be a number (digits, sign, point, exponent).
+bool looksNumeric(std::string_view text);
 
 // Binary files begin with this sentinel.
 bool isBinaryDxf(std::string_view bytes);

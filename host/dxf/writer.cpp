@@ -50,7 +50,7 @@ class Writer {
       : m_d(d), m_db(*d.database), m_ctx{*d.database, opt.acadVer.empty() ? d.info.acadVer : opt.acadVer, true, diag},
         m_diag(diag) {
     m_eol = d.info.lineEnding;
-    m_source = m_db.sourceText() ? std::string_view(*m_db.sourceText()) : std::string_view();
+    m_source = m_db.sourceText();
     // Spans are reused only within one family: R12 and R13-or-later differ in form.
     m_useSpans = (d.info.acadVer < "AC1012") == m_ctx.r12();
     m_nextHandle = m_db.handseed().value();
@@ -185,8 +185,6 @@ void Writer::blockBoundary(AcDbObjectId id, const AcDbBlockTableRecord& block, b
 }
 
 void Writer::header() {
-  std::string body;
-  body.swap(m_out);
   tag(0, "SECTION");
   tag(2, "HEADER");
   const auto& vars = m_db.headerVariables();
@@ -215,7 +213,6 @@ void Writer::header() {
   if (!seed) emit("$HANDSEED", {GroupValue::fromString(5, AcDbHandle(m_nextHandle).toHex())});
   if (vars.empty()) emit("$INSUNITS", {GroupValue::fromString(70, std::to_string(m_db.insunits()))});
   tag(0, "ENDSEC");
-  m_out += body;
 }
 
 void Writer::tables() {
@@ -317,6 +314,7 @@ void Writer::objects() {
 }
 
 bool Writer::run(std::string& out) {
+  m_out.reserve(m_source.size() + 4096);
   if (m_ctx.r12() && m_d.info.acadVer >= "AC1012") {
     m_diag.error = "drawings can be written as R2000 to R2018 (or as R12 when they were read as R12)";
     return false;
@@ -347,19 +345,24 @@ bool Writer::run(std::string& out) {
   } else {
     // Objects cannot be held by R12 files.
     int lost = 0;
-    for (const auto& s : m_db.slots())
-      if (s.object && !s.erased && (AcDbXrecord::cast(s.object) || (AcDbDictionary::cast(s.object) && !AcDbDictionary::cast(s.object)->entries().empty())))
+    for (std::size_t i = 0; i < m_db.slots().size(); ++i)
+      if (const auto& s = m_db.slots()[i]; s.object && !s.erased && (AcDbXrecord::cast(s.object) || (AcDbDictionary::cast(s.object) && !AcDbDictionary::cast(s.object)->entries().empty())))
         ++lost;
     if (lost) m_diag.warn(std::to_string(lost) + " dictionaries and records cannot be held by R12 files and were left out");
   }
   tag(0, "EOF");
+  // The header comes first but is written last: it names the handle seed
+  // that writing the body may have moved.
+  std::string body = std::move(m_out);
+  m_out.clear();
   header();
   const std::string_view preamble = m_source.substr(0, std::min(m_d.info.preamble.length, m_source.size()));
-  std::string text;
-  text.reserve(preamble.size() + m_out.size());
-  text += preamble;
-  text += m_out;
-  out = m_ctx.acadVer >= "AC1021" ? std::move(text) : encodeFromUtf8(text, m_d.info.codePage);
+  out.clear();
+  out.reserve(preamble.size() + m_out.size() + body.size());
+  out += preamble;
+  out += m_out;
+  out += body;
+  if (m_ctx.acadVer < "AC1021" && !isAscii(out)) out = encodeFromUtf8(out, m_d.info.codePage);
   return true;
 }
 

@@ -25,6 +25,7 @@ AcGeVector2d AcGeVector2d::normal() const {
 }
 
 AcGeVector3d AcGeVector3d::normal() const {
+  if (x == 0 && y == 0 && (z == 1 || z == -1)) return *this;  // the common extrusion
   const double len = length();
   return len > 0 ? *this / len : *this;
 }

@@ -173,3 +173,25 @@ TEST(DxfWriter, NewObjectsGetFreshHandlesAndTheSeedMovesOn) {
   EXPECT_FALSE(host::dxf::writeDxfText(d, {"R12"}, out, diag));  // R2000 drawings are not written as R12
 }
 }  // namespace
+
+namespace {
+// Inputs the fuzzer found: each must be refused (or read) promptly.
+TEST(DxfReader, FuzzerFindingsAreRefusedWithoutHanging) {
+  const std::filesystem::path dir = std::filesystem::path(ENVLINE_SOURCE_DIR) / "tests" / "fuzz" / "regressions";
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+    std::ifstream in(entry.path(), std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    DxfDrawing d;
+    Diagnostics diag;
+    if (!host::dxf::readDxfText(bytes, d, diag)) {
+      EXPECT_FALSE(diag.error.empty()) << entry.path();
+    } else {
+      std::string out;
+      host::dxf::writeDxfText(d, {}, out, diag);
+    }
+    ++count;
+  }
+  EXPECT_GT(count, 0);
+}
+}  // namespace

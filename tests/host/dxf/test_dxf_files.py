@@ -82,6 +82,25 @@ def main():
     else:
         print("the shared corpus is not here; its cases are skipped")
 
+    def info():
+        import json
+        code, out = run([envline, "info", os.path.join(tmp, "tool_R2010.dxf"), "--json"])
+        if code:
+            return out
+        facts = json.loads(out)
+        want = {"version": "R2010", "codepage": "UTF-8"}
+        problems = [f"{k} is {facts.get(k)}" for k, v in want.items() if facts.get(k) != v]
+        if facts["entities"].get("LINE") != 13 or facts["layers"].get("尺寸线") != 2:
+            problems.append(f"counts {facts['entities']} {facts['layers']}")
+        frames = [(f["tool_number"], f["box"]) for f in facts["tool_frames"]]
+        if frames != [("T-0815", [-10, -20, 110, 60])]:
+            problems.append(f"frames {frames}")
+        kinds = {l["name"]: l["kind"] for l in facts["linetypes"]}
+        if kinds.get("CENTER") != "centre" or kinds.get("DASHED") != "dashed":
+            problems.append(f"linetype kinds {kinds}")
+        return "\n".join(problems) or None
+
+    cases.append(("envline info --json", info))
     with ThreadPoolExecutor(max_workers=os.cpu_count() or 2) as pool:
         results = list(pool.map(lambda c: (c[0], c[1]()), cases))
     # The Chinese checks read files the edit cases wrote.

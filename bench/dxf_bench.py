@@ -1,0 +1,70 @@
+#!/usr/bin/python3
+"""Reading speed against ezdxf on one large drawing (about 50 MB of lines,
+arcs, polylines, text and inserts), in one run: our reader and writer (MB/s,
+peak memory) and ezdxf.readfile on the same file, with the ratio.
+
+usage: dxf_bench.py BUILD_DIR [MEGABYTES]
+"""
+import json
+import os
+import resource
+import subprocess
+import sys
+import time
+
+import ezdxf
+
+
+def make(path, megabytes):
+    doc = ezdxf.new("R2010")
+    doc.layers.add("尺寸线")
+    block = doc.blocks.new("BOLT")
+    for i in range(20):
+        block.add_line((0, i), (10, i))
+    msp = doc.modelspace()
+    i = 0
+    while True:
+        for k in range(2000):
+            x, y = (i * 2000 + k) % 997, (i * 2000 + k) // 997
+            msp.add_line((x, y), (x + 1.25, y + 0.5), dxfattribs={"layer": "尺寸线" if k % 7 == 0 else "0"})
+            if k % 4 == 0:
+                msp.add_arc((x, y), 0.75, 10, 200)
+            if k % 8 == 0:
+                msp.add_lwpolyline([(x, y), (x + 1, y, 0.4), (x + 1, y + 1), (x, y + 1)], format="xyb")
+            if k % 16 == 0:
+                msp.add_text(f"T{k}", dxfattribs={"insert": (x, y), "height": 0.5})
+            if k % 32 == 0:
+                msp.add_blockref("BOLT", (x, y))
+        i += 1
+        if len(msp) * 190 > megabytes * 1e6 and i % 4 == 0:
+            doc.saveas(path)
+            if os.path.getsize(path) >= megabytes * 1e6:
+                return
+
+
+def main():
+    build = sys.argv[1]
+    megabytes = float(sys.argv[2]) if len(sys.argv) > 2 else 50
+    path = os.path.join(build, f"bench_{int(megabytes)}mb.dxf")
+    if not os.path.exists(path):
+        print(f"making {path} ...", flush=True)
+        make(path, megabytes)
+    size = os.path.getsize(path) / 1e6
+    ours = json.loads(subprocess.run([os.path.join(build, "bench", "dxf_read_write"), path], capture_output=True,
+                                     text=True, check=True).stdout)
+    t = time.perf_counter()
+    ezdxf.readfile(path)
+    ez_seconds = time.perf_counter() - t
+    ez_peak = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024
+    print(f"file                {size:.1f} MB")
+    print(f"envline read        {ours['read_mb_s']:.0f} MB/s ({ours['read_seconds']:.3f} s)")
+    print(f"envline write       {ours['write_mb_s']:.0f} MB/s ({ours['write_seconds']:.3f} s), "
+          f"output identical: {ours['identical']}")
+    print(f"envline peak memory {ours['read_peak_mb']:.0f} MB reading ({ours['read_peak_mb'] / size:.2f} x the file), "
+          f"{ours['peak_mb']:.0f} MB with the written copy (the bench also holds the file it compares with)")
+    print(f"ezdxf.readfile      {size / ez_seconds:.1f} MB/s ({ez_seconds:.2f} s), peak {ez_peak:.0f} MB")
+    print(f"ratio               envline reads {ez_seconds / ours['read_seconds']:.0f} x faster than ezdxf")
+
+
+if __name__ == "__main__":
+    main()
