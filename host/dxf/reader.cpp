@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <deque>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "host/db/peek.h"
@@ -478,93 +479,94 @@ bool Reader::readEntity(const Tag& first, AcDbObjectId owner) {
   splitObject(tags, common, own);
   const std::string kind(first.value);
   PendingNames names;
-  AcDbEntity* ent = nullptr;
+  // Held until the database takes them, so that an error leaks nothing.
+  std::unique_ptr<AcDbEntity> ent;
   std::size_t spanEnd = end;
-  std::vector<std::pair<AcDbObject*, std::pair<CommonFields, std::pair<std::size_t, std::size_t>>>> attributes;
-  AcDbObject* seqend = nullptr;
-  CommonFields seqendCommon;
-  std::size_t seqendBegin = 0, seqendEnd = 0;
+  struct Attribute {
+    std::unique_ptr<AcDbEntity> entity;
+    CommonFields common;
+    std::size_t begin, end;
+  };
+  std::vector<Attribute> attributes;
+  std::optional<Attribute> seqend;
   Tag t;
   if (kind == "POLYLINE") {
     // Its vertices and end marker belong to it and are kept in its span.
     std::vector<std::vector<Tag>> vertices;
     std::vector<AcDbHandle> handles;
     AcDbHandle maxHandle;
+    const std::vector<Tag> head = own;
+    std::vector<Tag> vtags, vown;
     while (next(t)) {
       if (t.value == "VERTEX" || t.value == "SEQEND") {
-        if (!collect(t, tags, spanEnd)) return false;
+        if (!collect(t, vtags, spanEnd)) return false;
         CommonFields vc;
-        std::vector<Tag> vown;
-        splitObject(tags, vc, vown);
+        splitObject(vtags, vc, vown);
         maxHandle = std::max(maxHandle, vc.handle);
         if (t.value == "SEQEND") break;
-        vertices.push_back(std::move(vown));
+        vertices.push_back(vown);
         handles.push_back(vc.handle);
         continue;
       }
-      m_diag.warn("line " + std::to_string(t.line) + ": a POLYLINE has no SEQEND");
+      m_diag.warn(where(t.line) + ": a POLYLINE has no SEQEND");
       m_tags.unread();
       break;
     }
     if (!m_diag.error.empty()) return false;
-    ent = decodePolyline(own, vertices, handles, m_ctx);
-    if (auto* p2 = AcDb2dPolyline::cast(ent)) p2->setSequenceEndHandle(maxHandle);
-    if (auto* p3 = AcDb3dPolyline::cast(ent)) p3->setSequenceEndHandle(maxHandle);
+    ent.reset(decodePolyline(head, vertices, handles, m_ctx));
+    if (auto* p2 = AcDb2dPolyline::cast(ent.get())) p2->setSequenceEndHandle(maxHandle);
+    if (auto* p3 = AcDb3dPolyline::cast(ent.get())) p3->setSequenceEndHandle(maxHandle);
     // Vertex handles are taken: no new object may get one.
     m_db.setHandseed(AcDbHandle(maxHandle.value() + 1));
   } else {
-    ent = decodeEntity(kind, own, m_ctx, names);
-    if (kind == "INSERT") {
-      bool follow = false;
+    ent.reset(decodeEntity(kind, own, m_ctx, names));
+    bool follow = false;
+    if (kind == "INSERT")
       for (const Tag& x : own)
         if (x.code == 66) {
           long long v = 0;
           follow = parseInt(x.value, v) && v != 0;
         }
-      while (follow && next(t)) {
-        if (t.value != "ATTRIB" && t.value != "SEQEND") {
-          m_diag.warn("line " + std::to_string(t.line) + ": an INSERT with attributes has no SEQEND");
-          m_tags.unread();
-          break;
-        }
-        std::size_t aend = 0;
-        if (!collect(t, tags, aend)) return false;
-        CommonFields ac;
-        std::vector<Tag> aown;
-        splitObject(tags, ac, aown);
-        PendingNames unused;
-        if (t.value == "SEQEND") {
-          seqend = new AcDbGenericEntity("SEQEND");
-          seqendCommon = ac;
-          seqendBegin = t.offset;
-          seqendEnd = aend;
-          break;
-        }
-        attributes.push_back({decodeEntity("ATTRIB", aown, m_ctx, unused), {ac, {t.offset, aend}}});
+    std::vector<Tag> atags, aown;
+    while (follow && next(t)) {
+      if (t.value != "ATTRIB" && t.value != "SEQEND") {
+        m_diag.warn(where(t.line) + ": an INSERT with attributes has no SEQEND");
+        m_tags.unread();
+        break;
       }
-      if (!m_diag.error.empty()) return false;
+      std::size_t aend = 0;
+      if (!collect(t, atags, aend)) return false;
+      Attribute a{nullptr, {}, t.offset, aend};
+      splitObject(atags, a.common, aown);
+      if (t.value == "SEQEND") {
+        a.entity = std::make_unique<AcDbGenericEntity>("SEQEND");
+        seqend = std::move(a);
+        break;
+      }
+      PendingNames unused;
+      a.entity.reset(decodeEntity("ATTRIB", aown, m_ctx, unused));
+      attributes.push_back(std::move(a));
     }
+    if (!m_diag.error.empty()) return false;
   }
-  if (!ent) {
-    auto* generic = new AcDbGenericEntity(kind);
-    ent = generic;
-  }
-  const AcDbObjectId id = addObject(ent, common, first.offset, spanEnd);
+  if (!ent) ent = std::make_unique<AcDbGenericEntity>(kind);
+  AcDbEntity* entity = ent.release();
+  const AcDbObjectId id = addObject(entity, common, first.offset, spanEnd);
   if (id.isNull()) return true;
   AcDbObjectId block = owner;
   if (block.isNull()) block = common.paperSpace ? m_db.paperSpaceId() : m_db.modelSpaceId();
   appendToBlock(block, id);
   if (!names.blockName.empty()) m_ctx.pending.blockNames.emplace_back(id, names.blockName);
-  if (auto* ref = AcDbBlockReference::cast(ent)) {
+  if (auto* ref = AcDbBlockReference::cast(entity)) {
     AcDbObjectIdArray attIds;
-    for (auto& [att, info] : attributes) {
-      const AcDbObjectId aid = addObject(att, info.first, info.second.first, info.second.second);
+    for (Attribute& a : attributes) {
+      const AcDbObjectId aid = addObject(a.entity.release(), a.common, a.begin, a.end);
       if (AcDbDatabase::Slot* s = m_db.slot(aid)) s->owner = id;
       attIds.append(aid);
     }
     ref->setAttributeIds(attIds);
     if (seqend) {
-      const AcDbObjectId sid = addObject(seqend, seqendCommon, seqendBegin, seqendEnd);
+      const AcDbObjectId sid = addObject(seqend->entity.release(), seqend->common, seqend->begin, seqend->end);
       if (AcDbDatabase::Slot* s = m_db.slot(sid)) s->owner = id;
       ref->setSequenceEndId(sid);
     }
