@@ -83,6 +83,8 @@ Acad::ErrorStatus AcDbDatabase::addObject(AcDbObjectId& id, AcDbObject* obj, AcD
   if (m_byHandle) m_byHandle->emplace(handle.value(), index);
   id = AcDbObjectId(m_serial, index);
   obj->attach(id);
+  // Extended data set before the object joined: its applications join too.
+  if (const AcDbObjectExtras* x = obj->extrasIfAny(); x && !x->xdata.empty()) registerApplications(x->xdata);
   notifyAppended(obj);
   return Acad::eOk;
 }
@@ -104,6 +106,22 @@ Acad::ErrorStatus AcDbDatabase::getAcDbObjectId(AcDbObjectId& id, bool, const Ac
   }
   id = AcDbObjectId(m_serial, it->second);
   return Acad::eOk;
+}
+
+void AcDbDatabase::registerApplications(const GroupValues& xdata) {
+  for (const GroupValue& v : xdata) {
+    if (v.code != 1001 || v.text.empty()) continue;
+    const auto* table = host::peek<AcDbRegAppTable>(m_regAppTable);
+    if (!table || table->has(v.text)) continue;
+    AcDbRegAppTable* writable = nullptr;
+    if (acdbOpenObject(writable, m_regAppTable, AcDb::kForWrite) != Acad::eOk) continue;
+    auto* rec = new AcDbRegAppTableRecord;
+    rec->setName(v.text);
+    AcDbObjectId id;
+    if (writable->add(id, rec) == Acad::eOk) rec->close();
+    else delete rec;
+    writable->close();
+  }
 }
 
 void AcDbDatabase::addReactor(AcDbDatabaseReactor* reactor) {

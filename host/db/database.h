@@ -80,6 +80,10 @@ class AcDbDatabase {
   Acad::ErrorStatus deepCloneObjects(const AcDbObjectIdArray& ids, AcDbObjectId owner,
                                      AcDbIdMapping& mapping, bool deferXlation = false);
 
+  // Adds to the application table every application that names a run of
+  // this extended data and is missing there.
+  void registerApplications(const GroupValues& xdata);
+
   void addReactor(AcDbDatabaseReactor* reactor);
   void removeReactor(AcDbDatabaseReactor* reactor);
 

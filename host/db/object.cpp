@@ -136,6 +136,7 @@ Acad::ErrorStatus AcDbObject::setXData(const resbuf* chain) {
     if (runEnd - run > 1) xd.insert(xd.end(), run, runEnd);
     run = runEnd;
   }
+  if (AcDbDatabase* db = database()) db->registerApplications(xd);
   return Acad::eOk;
 }
 

@@ -186,6 +186,52 @@ void oldPolyline(Out& o, const AcDbCurve& c, const std::vector<AcDbPolylineVerte
   o.s(8, c.layer());
 }
 
+// R12 files lack ellipses and splines: the curve as a polyline of sampled
+// points (2D when it lies in a plane parallel to XY).
+void curveAsOldPolyline(Out& o, const AcDbCurve& c, WriteContext& ctx, int samples) {
+  const auto curve = c.geCurve();
+  AcGePoint3dArray pts;
+  if (curve) curve->getSamplePoints(samples, pts);
+  bool flat = true;
+  for (const auto& p : pts) flat = flat && p.z == (pts.isEmpty() ? 0 : pts[0].z);
+  std::vector<AcDbPolylineVertex> verts;
+  for (const auto& p : pts) {
+    AcDbPolylineVertex v;
+    v.position = flat ? AcGePoint3d(p.x, p.y, 0) : p;
+    v.flags = flat ? 0 : 32;
+    verts.push_back(v);
+  }
+  oldPolyline(o, c, verts, flat ? 0 : 8, flat && !pts.isEmpty() ? pts[0].z : 0, AcGeVector3d::kZAxis, AcDbHandle(),
+              !flat, ctx);
+}
+
+// Multiline text without its format codes, one string a line.
+std::vector<std::string> plainLines(const std::string& contents) {
+  std::vector<std::string> lines(1);
+  for (std::size_t i = 0; i < contents.size(); ++i) {
+    const char c = contents[i];
+    if (c == '{' || c == '}') continue;
+    if (c == '\\' && i + 1 < contents.size()) {
+      const char code = contents[i + 1];
+      if (code == 'P') {
+        lines.emplace_back();
+        ++i;
+      } else if (code == '\\' || code == '{' || code == '}') {
+        lines.back() += code;
+        ++i;
+      } else if (std::string_view("LlOoKkNn").find(code) != std::string_view::npos) {
+        ++i;  // switches without an argument
+      } else {
+        const std::size_t end = contents.find(';', i);
+        i = end == std::string::npos ? contents.size() : end;  // codes that end with ';'
+      }
+      continue;
+    }
+    lines.back() += c;
+  }
+  return lines;
+}
+
 bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
   if (const auto* l = AcDbLine::cast(&e)) {
     head(o, "LINE", e, ctx);
@@ -215,7 +261,10 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
     o.d(40, c->radius());
     normal(o, c->normal());
   } else if (const auto* el = AcDbEllipse::cast(&e)) {
-    if (ctx.r12()) return false;
+    if (ctx.r12()) {
+      curveAsOldPolyline(o, *el, ctx, 65);
+      return true;
+    }
     head(o, "ELLIPSE", e, ctx);
     entityCommon(o, e, ctx);
     marker(o, ctx, "AcDbEllipse");
@@ -226,7 +275,10 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
     o.d(41, el->startParam());
     o.d(42, el->endParam());
   } else if (const auto* sp = AcDbSpline::cast(&e)) {
-    if (ctx.r12()) return false;
+    if (ctx.r12()) {
+      curveAsOldPolyline(o, *sp, ctx, 16 * (sp->controlPoints().length() + sp->fitPoints().length()) + 2);
+      return true;
+    }
     head(o, "SPLINE", e, ctx);
     entityCommon(o, e, ctx);
     marker(o, ctx, "AcDbSpline");
@@ -318,7 +370,26 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
     entityCommon(o, e, ctx);
     textBody(o, *t, ctx, false);
   } else if (const auto* m = AcDbMText::cast(&e)) {
-    if (ctx.r12()) return false;
+    if (ctx.r12()) {
+      // One TEXT a line, stepped down by the line spacing.
+      const std::vector<std::string> lines = plainLines(m->contents());
+      AcGeVector3d dir = m->direction();
+      const AcGeVector3d down = m->normal().crossProduct(dir).normal() * -(m->textHeight() * 1.667);
+      dir.transformBy(AcGeMatrix3d::worldToPlane(m->normal()));
+      for (std::size_t i = 0; i < lines.size(); ++i) {
+        head(o, "TEXT", e, ctx);
+        if (i > 0 && ctx.handles) o.list.back().second = "~";  // the first line keeps the handle
+        entityCommon(o, e, ctx);
+        o.p(10, toPlane(m->normal(), m->location() + down * static_cast<double>(i)));
+        o.d(40, m->textHeight());
+        o.s(1, lines[i]);
+        const double angle = AcGeVector2d(dir.x, dir.y).angle();
+        if (angle != 0) o.d(50, angle * kRad);
+        normal(o, m->normal());
+      }
+      xdata(o, e);
+      return true;
+    }
     head(o, "MTEXT", e, ctx);
     entityCommon(o, e, ctx);
     marker(o, ctx, "AcDbMText");
@@ -373,7 +444,10 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
     if (!dim->dimensionText().empty()) o.s(1, dim->dimensionText());
     normal(o, dim->normal());
   } else if (const auto* h = AcDbHatch::cast(&e)) {
-    if (ctx.r12()) return false;
+    if (ctx.r12()) {
+      ctx.diag.warn("HATCH " + e.handle().toHex() + " cannot be held by R12 files and was left out");
+      return false;
+    }
     head(o, "HATCH", e, ctx);
     entityCommon(o, e, ctx);
     marker(o, ctx, "AcDbHatch");

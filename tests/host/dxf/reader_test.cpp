@@ -195,3 +195,64 @@ TEST(DxfReader, FuzzerFindingsAreRefusedWithoutHanging) {
   EXPECT_GT(count, 0);
 }
 }  // namespace
+
+namespace {
+const char* kR12 =
+    "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1009\n  9\n$HANDLING\n 70\n1\n  9\n$HANDSEED\n  5\n100\n"
+    "  0\nENDSEC\n  0\nSECTION\n  2\nTABLES\n  0\nTABLE\n  2\nLAYER\n 70\n1\n  0\nLAYER\n  2\n0\n 70\n0\n 62\n7\n"
+    "  6\nCONTINUOUS\n  0\nENDTAB\n  0\nENDSEC\n  0\nSECTION\n  2\nENTITIES\n  0\nENDSEC\n  0\nEOF\n";
+
+TEST(DxfWriter, NewKindsR12LacksAreWrittenInR12Form) {
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(kR12, d, diag)) << diag.error;
+  AcDbDatabase* db = d.database.get();
+  AcDbObjectId id;
+  host::appendEntity(db, new AcDbEllipse({0, 0, 0}, AcGeVector3d::kZAxis, {4, 0, 0}, 0.5), id);
+  auto* m = new AcDbMText;
+  m->setContents("{\\fArial|b0;Tool} T-1\\PØ6 h6");
+  m->setLocation({0, 20, 0});
+  host::appendEntity(db, m, id);
+  auto* h = new AcDbHatch;
+  h->appendLoop({0, {{{0, 0}, 0}, {{1, 0}, 0}, {{1, 1}, 0}}});
+  host::appendEntity(db, h, id);
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag)) << diag.error;
+  EXPECT_EQ(out.find("ELLIPSE"), std::string::npos);
+  EXPECT_EQ(out.find("MTEXT"), std::string::npos);
+  EXPECT_NE(out.find("\nTool T-1\n"), std::string::npos);
+  EXPECT_NE(out.find("\n\xD8" "6 h6\n"), std::string::npos);  // Ø in the file's code page (1252)
+  int hatchWarnings = 0;
+  for (const auto& w : diag.warnings) hatchWarnings += w.find("HATCH") != std::string::npos;
+  EXPECT_EQ(hatchWarnings, 1);
+  // The written R12 file reads back: a closed-looking polyline of the ellipse and two texts.
+  DxfDrawing back;
+  ASSERT_TRUE(host::dxf::readDxfText(out, back, diag)) << diag.error;
+  int polylines = 0, texts = 0;
+  for (AcDbObjectId e : host::allEntities(back.database.get())) {
+    AcDbObjectPointer<AcDbEntity> ent(e, AcDb::kForRead);
+    polylines += ent->isKindOf(AcDb2dPolyline::desc());
+    texts += ent->isKindOf(AcDbText::desc());
+  }
+  EXPECT_EQ(polylines, 1);
+  EXPECT_EQ(texts, 2);
+}
+
+TEST(DxfWriter, ApplicationsOfNewExtendedDataJoinTheTable) {
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(kLine), d, diag)) << diag.error;
+  {
+    AcDbObjectPointer<AcDbLine> line(host::allEntities(d.database.get())[0], AcDb::kForWrite);
+    ResbufChain xd(acutBuildList(1001, "TUKANGE_NAME_IDENTITY", 1000, "T-7", RTNONE));
+    ASSERT_EQ(line->setXData(xd.get()), Acad::eOk);
+  }
+  AcDbObjectPointer<AcDbRegAppTable> apps(d.database->regAppTableId(), AcDb::kForRead);
+  EXPECT_TRUE(apps->has("TUKANGE_NAME_IDENTITY"));
+  apps.close();
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
+  EXPECT_NE(out.find("APPID\n  5\n"), std::string::npos);
+  EXPECT_NE(out.find("1001\nTUKANGE_NAME_IDENTITY\n1000\nT-7\n"), std::string::npos);
+}
+}  // namespace
