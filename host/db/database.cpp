@@ -218,14 +218,15 @@ Acad::ErrorStatus AcDbDatabase::setClayer(AcDbObjectId layerId) {
   return Acad::eOk;
 }
 
-void AcDbDatabase::setTableIds(AcDbObjectId blockTable, AcDbObjectId layerTable, AcDbObjectId linetypeTable,
-                               AcDbObjectId textStyleTable, AcDbObjectId regAppTable, AcDbObjectId namedObjects) {
-  m_blockTable = blockTable;
-  m_layerTable = layerTable;
-  m_linetypeTable = linetypeTable;
-  m_textStyleTable = textStyleTable;
-  m_regAppTable = regAppTable;
-  m_namedObjects = namedObjects;
+void AcDbDatabase::setRootId(Root root, AcDbObjectId id) {
+  switch (root) {
+    case Root::kBlockTable: m_blockTable = id; break;
+    case Root::kLayerTable: m_layerTable = id; break;
+    case Root::kLinetypeTable: m_linetypeTable = id; break;
+    case Root::kTextStyleTable: m_textStyleTable = id; break;
+    case Root::kRegAppTable: m_regAppTable = id; break;
+    case Root::kNamedObjects: m_namedObjects = id; break;
+  }
 }
 
 void AcDbDatabase::resolveStandardRecords() {

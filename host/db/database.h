@@ -136,9 +136,9 @@ class AcDbDatabase {
   void notifyAppended(const AcDbObject* obj) const;
   void notifyModified(const AcDbObject* obj) const;
   void notifyErased(const AcDbObject* obj, bool erased) const;
-  // Sets the well-known table ids after a reader has built the tables.
-  void setTableIds(AcDbObjectId blockTable, AcDbObjectId layerTable, AcDbObjectId linetypeTable,
-                   AcDbObjectId textStyleTable, AcDbObjectId regAppTable, AcDbObjectId namedObjects);
+  // The well-known root objects, set by a reader once it has built them.
+  enum class Root { kBlockTable, kLayerTable, kLinetypeTable, kTextStyleTable, kRegAppTable, kNamedObjects };
+  void setRootId(Root root, AcDbObjectId id);
   // Re-reads model/paper space, layer 0, the standard linetypes and the
   // current layer and style from the tables.
   void resolveStandardRecords();

@@ -90,6 +90,18 @@ class Reader {
   // into the block record owner (null: model or paper space by its flag).
   bool readEntity(const Tag& first, AcDbObjectId owner);
   AcDbObjectId addObject(AcDbObject* obj, const CommonFields& common, std::size_t begin, std::size_t end);
+  // Completes an object the reader made, without marking it modified: what
+  // it sets comes from the object's own text.
+  template <class T, class F>
+  void fill(AcDbObjectId id, F&& f) {
+    AcDbDatabase::Slot* s = m_db.slot(id);
+    T* obj = s ? T::cast(s->object) : nullptr;
+    if (!obj) return;
+    const bool writer = s->writer;
+    s->writer = true;
+    f(*obj);
+    s->writer = writer;
+  }
   void appendToBlock(AcDbObjectId block, AcDbObjectId entity);
   // Tables and standard records that entities need; with final, also the
   // named-objects dictionary (which the OBJECTS section may still bring).
@@ -323,7 +335,13 @@ void Reader::ensureStandardObjects(bool final) {
     d->close();
     if (!r12) m_diag.warn("the drawing has no named-objects dictionary; one was added");
   }
-  m_db.setTableIds(blocks, layers, linetypes, styles, apps, nod);
+  using Root = AcDbDatabase::Root;
+  m_db.setRootId(Root::kBlockTable, blocks);
+  m_db.setRootId(Root::kLayerTable, layers);
+  m_db.setRootId(Root::kLinetypeTable, linetypes);
+  m_db.setRootId(Root::kTextStyleTable, styles);
+  m_db.setRootId(Root::kRegAppTable, apps);
+  m_db.setRootId(Root::kNamedObjects, nod);
   ensureRecord(blocks, new AcDbBlockTableRecord, "*Model_Space", !r12);
   ensureRecord(blocks, new AcDbBlockTableRecord, "*Paper_Space", !r12);
   ensureRecord(linetypes, new AcDbLinetypeTableRecord, "ByBlock", !r12);
@@ -349,23 +367,21 @@ bool Reader::readTables() {
         name = std::string(x.value);
         break;
       }
+    using Root = AcDbDatabase::Root;
     AcDbSymbolTable* table = nullptr;
-    if (name == "BLOCK_RECORD") table = new AcDbBlockTable;
-    else if (name == "LAYER") table = new AcDbLayerTable;
-    else if (name == "LTYPE") table = new AcDbLinetypeTable;
-    else if (name == "STYLE") table = new AcDbTextStyleTable;
-    else if (name == "APPID") table = new AcDbRegAppTable;
+    std::optional<Root> root;
+    if (name == "BLOCK_RECORD") table = new AcDbBlockTable, root = Root::kBlockTable;
+    else if (name == "LAYER") table = new AcDbLayerTable, root = Root::kLayerTable;
+    else if (name == "LTYPE") table = new AcDbLinetypeTable, root = Root::kLinetypeTable;
+    else if (name == "STYLE") table = new AcDbTextStyleTable, root = Root::kTextStyleTable;
+    else if (name == "APPID") table = new AcDbRegAppTable, root = Root::kRegAppTable;
     else table = new AcDbGenericTable;
     CommonFields common;
     splitObject(tags, common, own, false);
     const AcDbObjectId tableId = addObject(table, common, t.offset, end);
     if (tableId.isNull()) return fail("could not add table " + name);
     m_info.tables.append(tableId);
-    if (name == "BLOCK_RECORD") m_db.setTableIds(tableId, m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
-    if (name == "LAYER") m_db.setTableIds(m_db.blockTableId(), tableId, m_db.linetypeTableId(), m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
-    if (name == "LTYPE") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), tableId, m_db.textStyleTableId(), m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
-    if (name == "STYLE") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), tableId, m_db.regAppTableId(), m_db.namedObjectsDictionaryId());
-    if (name == "APPID") m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(), tableId, m_db.namedObjectsDictionaryId());
+    if (root) m_db.setRootId(*root, tableId);
     // Records up to ENDTAB.
     while (next(t)) {
       if (t.code != 0) return failAt(t, "expected a table record in table " + name);
@@ -430,14 +446,7 @@ bool Reader::readBlocks() {
     common.owner = AcDbHandle();  // the record owns it, whatever the file says
     const AcDbObjectId begin = addObject(new AcDbGenericEntity("BLOCK"), common, t.offset, end);
     if (AcDbDatabase::Slot* s = m_db.slot(begin)) s->owner = block;
-    if (AcDbDatabase::Slot* bs = m_db.slot(block)) {
-      auto* rec = AcDbBlockTableRecord::cast(bs->object);
-      AcDbObject* o = rec;
-      (void)o;
-      bs->writer = true;
-      rec->setOrigin(base);
-      bs->writer = false;
-    }
+    fill<AcDbBlockTableRecord>(block, [&](AcDbBlockTableRecord& rec) { rec.setOrigin(base); });
     AcDbObjectId endId;
     while (next(t)) {
       if (t.code != 0) return failAt(t, "expected an entity in block " + name);
@@ -593,9 +602,7 @@ bool Reader::readObjects() {
     const AcDbObjectId id = addObject(obj, common, t.offset, end);
     if (id.isNull()) continue;
     // The first dictionary is the root of all named objects.
-    if (first && kind == "DICTIONARY")
-      m_db.setTableIds(m_db.blockTableId(), m_db.layerTableId(), m_db.linetypeTableId(), m_db.textStyleTableId(),
-                       m_db.regAppTableId(), id);
+    if (first && kind == "DICTIONARY") m_db.setRootId(AcDbDatabase::Root::kNamedObjects, id);
     first = false;
     for (auto& [key, handle] : names.entries) m_ctx.pending.dictionaryEntries.push_back({id, key, handle});
     for (AcDbHandle h : names.members) m_ctx.pending.groupMembers.emplace_back(id, h);
@@ -628,28 +635,17 @@ void Reader::resolve() {
   }
   for (auto& [group, h] : m_ctx.pending.groupMembers) {
     const AcDbObjectId member = find(h);
-    AcDbDatabase::Slot* s = m_db.slot(group);
-    if (member.isNull() || !s) continue;
-    s->writer = true;  // host-internal fill of a fresh object
-    AcDbGroup::cast(s->object)->append(member);
-    s->writer = false;
+    if (!member.isNull()) fill<AcDbGroup>(group, [&](AcDbGroup& g) { g.append(member); });
   }
   for (auto& [id, name] : m_ctx.pending.blockNames) {
     const AcDbObjectId block = blockByName(name, false);
     if (block.isNull()) m_diag.warn("a reference names block '" + name + "', which is not defined");
-    AcDbDatabase::Slot* s = m_db.slot(id);
-    if (!s) continue;
-    s->writer = true;
-    if (auto* ref = AcDbBlockReference::cast(s->object)) ref->setBlockTableRecord(block);
-    if (auto* dim = AcDbDimension::cast(s->object)) dim->setDimBlockId(block);
-    s->writer = false;
+    fill<AcDbBlockReference>(id, [&](AcDbBlockReference& ref) { ref.setBlockTableRecord(block); });
+    fill<AcDbDimension>(id, [&](AcDbDimension& dim) { dim.setDimBlockId(block); });
   }
   for (auto& [id, name] : m_ctx.pending.layerLinetypes) {
     const AcDbObjectId lt = m_ctx.linetype(name);
-    AcDbDatabase::Slot* s = m_db.slot(id);
-    s->writer = true;
-    AcDbLayerTableRecord::cast(s->object)->setLinetypeObjectId(lt);
-    s->writer = false;
+    fill<AcDbLayerTableRecord>(id, [&](AcDbLayerTableRecord& layer) { layer.setLinetypeObjectId(lt); });
   }
   if (!m_clayerName.empty()) {
     AcDbObjectId layer;
