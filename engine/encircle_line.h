@@ -1,0 +1,85 @@
+#pragma once
+// The outline engine: turns the entities of a tool drawing into its
+// envelope line. The stages work on clones of the selection (never on the
+// user's entities) and on a vector of line records that they edit in place;
+// a stage that drops a record also erases the record's clone unless it says
+// otherwise, and after a removal the same index is examined again.
+#include <vector>
+
+#include "engine/encircle_cal_info.h"
+#include "engine/line_info.h"
+#include "engine/remove_line_dir.h"
+#include "engine/vk_rect.h"
+#include "host/base/ac_array.h"
+#include "host/base/strings.h"
+
+class AcDbPolyline;
+
+// Layers with a fixed meaning.
+inline constexpr const char* kCloneLayer = "TempEncircleLineClone";  // clones of the selection
+inline constexpr const char* kOutlineLayer = "TempEncircleLine";     // the outlines made
+inline constexpr const char* kDimensionLayer = "尺寸线";              // dimension lines
+
+class CEncircleLine {
+ public:
+  explicit CEncircleLine(const CEncircleCalInfo& info);
+  CEncircleLine(const CEncircleLine&) = default;
+  CEncircleLine& operator=(const CEncircleLine&) = default;
+  ~CEncircleLine() = default;
+
+ protected:
+  // --- input filtering and conversion to lines -------------------------------
+  // Drops (erases and removes) the entities on any of the layers (exact names).
+  void RemoveIdsInLayer(AcArray<AcDbObjectId>& ids, std::vector<CString> layers);
+  // Drops lines whose own linetype name holds "DASH", "dash", "CENTER" or
+  // "Center"; nothing when m_bRemoveDashed is off.
+  void RemoveDashedIds(AcArray<AcDbObjectId>& ids);
+  // Drops every entity on layer "尺寸线".
+  void RemoveDimLineIds(AcArray<AcDbObjectId>& ids);
+  // The axis line's constant coordinate: its y when horizontal (within the
+  // line tolerance), else its x when vertical; false without such an axis.
+  bool GetMidLineAxisValue(double& dAxis);
+  // Switches every layer of the drawing on (true) or off (false).
+  void SetLayersShow(bool bShow);
+  // Explodes references and polylines, drops what cannot be outline, and
+  // replaces arcs and splines by chords (recording them in m_curveIds).
+  void ConvertToLines(AcArray<AcDbObjectId> ids, AcArray<AcDbObjectId>& lineIds);
+  // One line from the curve's start to its end.
+  void ConvertCurveToLine(AcDbObjectId curveId, AcDbObjectId& lineId);
+  // The chain of chords that approximates the curve, appended.
+  void ConvertCurveToLine(AcDbObjectId curveId, AcArray<AcDbObjectId>& lineIds);
+
+  // --- outline output ---------------------------------------------------------
+  // Appends the end points of the records (forward or backward) to pts,
+  // leaving out points already there. The second flag is not read.
+  void GetLineInfoPt(const std::vector<CLineInfo>& lines, bool bForward, bool bUnused, AcArray<AcGePoint3d>& pts);
+  bool IsPtExist(const AcArray<AcGePoint3d>& pts, const AcGePoint3d& pt);
+  // Drops the middle of three points that lie on a line within 1°.
+  void RemoveCollinearPoints(AcArray<AcGePoint3d>& pts);
+  // The closed outline polyline on "TempEncircleLine", arcs of the drawing
+  // restored as bulges; result stays as it was with fewer than 2 points.
+  void DrawPolyLine(AcArray<AcDbObjectId> ids, AcArray<AcGePoint3d> pts, double dAxis, AcDbObjectId& result);
+  void AddPolyLinePt(AcDbPolyline* pPline, AcDbObjectId arcId, AcArray<AcGePoint3d> run, bool bOmitLast,
+                     int& index);
+  AcArray<AcDbObjectId> GetAllArc(AcArray<AcDbObjectId> ids);
+  // The arcs among ids that pt lies on (tolerance 0.0001), in order.
+  AcArray<AcDbObjectId> IsPointOnArc(AcArray<AcDbObjectId> ids, AcGePoint3d pt);
+  // Moves the lines onto layer, keeping a dashed layer's linetype on them.
+  void SetLineLayerAndType(AcArray<AcDbObjectId> ids, CString layer);
+  // Erases every entity on "TempEncircleLineClone".
+  void DeleteCloneEnts();
+
+  // --- breaking lines at intersections ----------------------------------------
+  void BreakLines(std::vector<CLineInfo>& lines);
+  void BreakLines2(std::vector<CLineInfo>& lines, bool bAllPoints, bool bShiftRight);
+  void CalBreakPoint(CLineInfo& line, const AcArray<AcGePoint3d>& sorted, bool bVertical, double dExtent);
+  void AddBreakPoint(AcGePoint3d pt, std::vector<AcGePoint3d>& pts, AcGeTol tol);
+  int GetBreakIndex(const AcArray<AcGePoint3d>& pts, AcGePoint3d pt, AcGeTol tol);
+  bool SplitLine(CLineInfo& line, AcArray<AcDbObjectId>& ids);
+  // Replaces every record that has break points by its pieces.
+  void SplitLines(std::vector<CLineInfo>& lines);
+
+  CEncircleCalInfo m_info;
+  CVKRect m_rect{true};
+  AcArray<AcDbObjectId> m_curveIds{0, 8};
+};

@@ -1,0 +1,195 @@
+// Chaining the surviving records into the outline polyline, with the arcs of
+// the drawing restored as bulges.
+#include <cmath>
+#include <map>
+#include <numbers>
+
+#include "engine/encircle_line.h"
+#include "host/db/operations.h"
+#include "util/entity_utils.h"
+#include "util/layer_switch.h"
+
+namespace {
+constexpr double kPi = std::numbers::pi;
+
+// Whether pt lies on the arc: within t of its circle and, in angle, within
+// its sweep or within t (in radians, the same number) of either end.
+bool IsPointOnArcTol(AcDbObjectId arcId, const AcGePoint3d& pt, double t) {
+  AcDbObjectPointer<AcDbArc> arc(arcId, AcDb::kForRead);
+  if (!arc) return false;
+  const AcGePoint3d c = arc->center();
+  if (std::fabs(pt.distanceTo(c) - arc->radius()) > t) return false;
+  const double a = AcGeVector2d(pt.x - c.x, pt.y - c.y).angle();
+  const double s = arc->startAngle(), e = arc->endAngle();
+  const bool nearS = std::fabs(a - s) < t, nearE = std::fabs(a - e) < t;
+  if (s > e) return a > s || a < e || nearS || nearE;
+  return ((a > s || nearS) && a < e) || nearE;
+}
+
+double angleDeg(const AcGePoint3d& a, const AcGePoint3d& b) {
+  // A vertical segment gives ±90 through the infinite slope.
+  return std::atan((b.y - a.y) / (b.x - a.x)) * 180.0 / kPi;
+}
+
+void addVertex(AcDbPolyline* pline, int& index, const AcGePoint3d& p, double bulge) {
+  pline->addVertexAt(static_cast<unsigned>(index), AcGePoint2d(p.x, p.y), bulge, -1, -1);
+  ++index;
+}
+}  // namespace
+
+bool CEncircleLine::IsPtExist(const AcArray<AcGePoint3d>& pts, const AcGePoint3d& pt) {
+  for (const AcGePoint3d& p : pts)
+    if (p.isEqualTo(pt, m_info.m_tolPoint)) return true;
+  return false;
+}
+
+void CEncircleLine::GetLineInfoPt(const std::vector<CLineInfo>& lines, bool bForward, bool,
+                                  AcArray<AcGePoint3d>& pts) {
+  auto add = [&](const AcGePoint3d& p) {
+    if (!IsPtExist(pts, p)) pts.append(p);
+  };
+  if (bForward) {
+    for (const CLineInfo& line : lines) {
+      add(line.m_ptStart);
+      add(line.m_ptEnd);
+    }
+  } else {
+    for (auto it = lines.rbegin(); it != lines.rend(); ++it) {
+      add(it->m_ptEnd);
+      add(it->m_ptStart);
+    }
+  }
+}
+
+void CEncircleLine::RemoveCollinearPoints(AcArray<AcGePoint3d>& pts) {
+  for (int i = 0; i < pts.length() - 2;) {
+    const double alpha = angleDeg(pts[i], pts[i + 1]), beta = angleDeg(pts[i + 1], pts[i + 2]);
+    const bool sameLine = std::fabs(alpha - beta) < 1.0;
+    const bool bothVertical = std::fabs(std::fabs(alpha) - 90.0) < 1.0 && std::fabs(std::fabs(beta) - 90.0) < 1.0;
+    const bool bothHorizontal = std::fabs(alpha) < 1.0 && std::fabs(beta) < 1.0;
+    if (sameLine || bothVertical || bothHorizontal) pts.removeAt(i + 1);
+    else ++i;
+  }
+}
+
+AcArray<AcDbObjectId> CEncircleLine::GetAllArc(AcArray<AcDbObjectId> ids) {
+  AcArray<AcDbObjectId> arcs;
+  for (AcDbObjectId id : ids) {
+    AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
+    if (ent && ent->isKindOf(AcDbArc::desc())) arcs.append(id);
+  }
+  return arcs;
+}
+
+AcArray<AcDbObjectId> CEncircleLine::IsPointOnArc(AcArray<AcDbObjectId> ids, AcGePoint3d pt) {
+  AcArray<AcDbObjectId> on;
+  for (AcDbObjectId id : ids)
+    if (IsPointOnArcTol(id, pt, 0.0001)) on.append(id);
+  return on;
+}
+
+void CEncircleLine::AddPolyLinePt(AcDbPolyline* pPline, AcDbObjectId arcId, AcArray<AcGePoint3d> run, bool bOmitLast,
+                                  int& index) {
+  AcGePoint3d center, start;
+  bool readable = false;
+  if (run.length() >= 2) {
+    AcDbObjectPointer<AcDbArc> arc(arcId, AcDb::kForRead);
+    readable = arc && arc->getStartPoint(start) == Acad::eOk;
+    if (readable) center = arc->center();
+  }
+  if (!readable) {
+    for (const AcGePoint3d& p : run) addVertex(pPline, index, p, 0);
+    return;
+  }
+  const AcGePoint3d f = run.first(), l = run.last();
+  auto angle = [&](const AcGePoint3d& p) { return AcGeVector2d(p.x - center.x, p.y - center.y).angle(); };
+  double bulge;
+  if (l.distanceTo(start) > f.distanceTo(start)) {
+    // F is the nearer to the arc's start: counter-clockwise from F to L.
+    double theta = angle(l) - angle(f);
+    if (theta < 0) theta += 2 * kPi;
+    bulge = std::tan(theta / 4);
+  } else {
+    double theta = angle(f) - angle(l);
+    if (theta < 0) theta += 2 * kPi;
+    bulge = -std::tan(theta / 4);
+  }
+  addVertex(pPline, index, f, bulge);
+  if (!bOmitLast) addVertex(pPline, index, l, 0);
+}
+
+void CEncircleLine::DrawPolyLine(AcArray<AcDbObjectId>, AcArray<AcGePoint3d> pts, double dAxis,
+                                 AcDbObjectId& result) {
+  const CLayerSwitch layer(kOutlineLayer);
+  RemoveCollinearPoints(pts);
+  if (pts.length() < 2) return;
+  pts[0].y = dAxis;
+  pts.last().y = dAxis;
+  auto* pline = new AcDbPolyline;
+  int index = 0;
+  AcArray<AcGePoint3d> run;
+  bool pending = false;
+  const int count = pts.length();
+  int i = 0;
+  while (i < count) {
+    AcArray<AcDbObjectId> cands = IsPointOnArc(m_curveIds, pts[i]);
+    if (cands.isEmpty()) {
+      if (pending) {
+        addVertex(pline, index, pts[i - 1], 0);
+        pending = false;
+      }
+      addVertex(pline, index, pts[i], 0);
+      ++i;
+      continue;
+    }
+    if (pending) {
+      bool onOne = false;
+      for (AcDbObjectId arc : cands) onOne = onOne || IsPointOnArcTol(arc, pts[i - 1], 0.01);
+      if (onOne) run.append(pts[i - 1]);
+      else addVertex(pline, index, pts[i - 1], 0);
+    }
+    pending = cands.length() >= 2;
+    run.append(pts[i]);
+    int j = i;
+    AcDbObjectId arc = cands.first();
+    for (; j < count; ++j) {
+      while (!cands.isEmpty() && !IsPointOnArcTol(cands.first(), pts[j], 0.01)) cands.removeFirst();
+      if (cands.isEmpty()) break;
+      arc = cands.first();
+      run.append(pts[j]);
+    }
+    AddPolyLinePt(pline, arc, run, pending, index);
+    run.removeAll();
+    i = j;
+  }
+  if (!run.isEmpty()) AddPolyLinePt(pline, AcDbObjectId::kNull, run, false, index);
+  pline->setClosed(true);
+  AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
+  AcDbObjectId id;
+  if (host::appendEntity(db, pline, id) == Acad::eOk) result = id;
+}
+
+void CEncircleLine::SetLineLayerAndType(AcArray<AcDbObjectId> ids, CString layer) {
+  AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
+  std::map<CString, AcDbObjectId> linetypes;
+  if (m_info.m_bRemoveDashed && db) {
+    AcDbObjectPointer<AcDbLayerTable> table(db->layerTableId(), AcDb::kForRead);
+    for (AcDbObjectId id : table->recordIds()) {
+      AcDbObjectPointer<AcDbLayerTableRecord> rec(id, AcDb::kForRead);
+      if (rec) linetypes[rec->getName()] = rec->linetypeObjectId();
+    }
+  }
+  for (AcDbObjectId id : ids) {
+    AcDbObjectPointer<AcDbLine> line(id, AcDb::kForWrite);
+    if (!line) continue;
+    if (m_info.m_bRemoveDashed && host::equalsNoCase(line->linetype(), "ByLayer")) {
+      const auto it = linetypes.find(line->layer());
+      if (it != linetypes.end() && !it->second.isNull()) line->setLinetype(it->second);
+    }
+    line->setLayer(layer);
+  }
+}
+
+void CEncircleLine::DeleteCloneEnts() {
+  for (AcDbObjectId id : util::SelectAllOnLayer(kCloneLayer)) util::EraseEntity(id);
+}
