@@ -27,7 +27,58 @@ class CEncircleLine {
   CEncircleLine& operator=(const CEncircleLine&) = default;
   ~CEncircleLine() = default;
 
+  // The drivers: the selected entities in, the outline polyline's id out
+  // (null when no outline could be made). They never change the selection.
+  // The simpler variant, without arcs restored.
+  void GetEncircleLine(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
+  // As GetEncircleLine, with the clones moved by (1000, 0, 0) first.
+  void GetEncircleLine2(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
+  // The outline every user runs: slab cutting, arcs restored as bulges.
+  void GetEncircleLine3(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
+
  protected:
+  // --- the drivers' shared steps ----------------------------------------------
+  enum class Driver { kPlain, kShifted, kSlabs };
+  // Clones, converts and filters the selection into line records; d and
+  // dAxis receive the working direction and the axis value.
+  void Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, std::vector<CLineInfo>& lines, E_RemoveLine_Dir& d,
+                double& dAxis);
+  // The outline's vertices from the direction lists, in the assembly order.
+  void AssemblePoints(E_RemoveLine_Dir d, const std::vector<CLineInfo>& l0, const std::vector<CLineInfo>& l1,
+                      const std::vector<CLineInfo>& l2, const std::vector<CLineInfo>& l3, AcArray<AcGePoint3d>& pts);
+  // The pipeline of the first two drivers.
+  void RunPlainPipeline(Driver driver, const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
+  // A closed polyline of the points (bulge 0) on "TempEncircleLine".
+  void DrawPlainPolyLine(const AcArray<AcGePoint3d>& pts, AcDbObjectId& result);
+
+  // --- directional hidden-line removal -----------------------------------------
+  // The records visible from dir, tested at nine points each.
+  std::vector<CLineInfo> RemoveLine(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines);
+  // The records visible from dir, tested at their midpoints with a probe.
+  std::vector<CLineInfo> RemoveLine2(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines);
+  // Whether P lies beyond segment A-B in direction dir (with end margins and
+  // a side rule for slanted segments); a point on the segment does not.
+  bool IsPtInLineSpecifiedDir(AcGePoint3d P, AcGePoint3d A, AcGePoint3d B, E_RemoveLine_Dir dir);
+  // The probe variant; a point on the segment counts.
+  bool IsPtInLineSpecifiedDir2(AcGePoint3d P, AcGePoint3d A, AcGePoint3d B, E_RemoveLine_Dir dir);
+
+  // --- endpoint repair and connection ------------------------------------------
+  void UpdateLineStartEndPt(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines);
+  void SortLineInfos(std::vector<CLineInfo>& lines, bool bByX);
+  void ConnectBreakLine(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines);
+  void UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines);
+
+  // --- exclude-direction removal -------------------------------------------------
+  AcDbObjectId CreateTempLine(E_RemoveLine_Dir dir, double dCoord, std::vector<CLineInfo>& lines);
+  void RemoveLineInExcludeDir(E_RemoveLine_Dir dir, double dCoord, std::vector<CLineInfo>& lines);
+  void RemoveLineInOtherDir(const std::vector<CLineInfo>& other, std::vector<CLineInfo>& lines);
+
+  // --- duplicate, crossing and short line removal --------------------------------
+  void RemoveCrossLine(std::vector<CLineInfo>& lines);
+  void RemoveRepeatLine2(std::vector<CLineInfo>& lines);
+  void RemoveShortLine(std::vector<CLineInfo>& lines);
+  void RemoveLineByWalter(std::vector<CLineInfo>& lines, E_RemoveLine_Dir dir);
+
   // --- input filtering and conversion to lines -------------------------------
   // Drops (erases and removes) the entities on any of the layers (exact names).
   void RemoveIdsInLayer(AcArray<AcDbObjectId>& ids, std::vector<CString> layers);

@@ -1,0 +1,73 @@
+// Orienting, ordering and connecting the visible pieces of one direction.
+#include <algorithm>
+
+#include "engine/encircle_line.h"
+#include "host/ge/line_seg3d.h"
+
+void CEncircleLine::UpdateLineStartEndPt(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines) {
+  for (CLineInfo& line : lines) {
+    const AcGePoint3d a = line.m_ptStart, b = line.m_ptEnd;
+    // Strictly greater keeps the order; a tie swaps, so a second call swaps back.
+    const bool keep = (dir == 0 || dir == 1) ? b.x > a.x : a.y > b.y;
+    if (!keep) std::swap(line.m_ptStart, line.m_ptEnd);
+  }
+}
+
+void CEncircleLine::SortLineInfos(std::vector<CLineInfo>& lines, bool bByX) {
+  if (bByX)
+    std::sort(lines.begin(), lines.end(),
+              [](const CLineInfo& a, const CLineInfo& b) { return a.m_ptStart.x < b.m_ptStart.x; });
+  else
+    std::sort(lines.begin(), lines.end(),
+              [](const CLineInfo& a, const CLineInfo& b) { return a.m_ptStart.y > b.m_ptStart.y; });
+}
+
+void CEncircleLine::ConnectBreakLine(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines) {
+  UpdateLineStartEndPt(dir, lines);
+  const bool byX = dir == 0 || dir == 1;
+  SortLineInfos(lines, byX);
+  // Every gap gets a straight connector, whatever its length or direction
+  // (a backward jump over an overlap too).
+  std::vector<CLineInfo> connectors;
+  for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+    if (lines[i + 1].m_ptStart.isEqualTo(lines[i].m_ptEnd, m_info.m_tolPoint)) continue;
+    CLineInfo c;
+    c.m_ptStart = lines[i].m_ptEnd;
+    c.m_ptEnd = lines[i + 1].m_ptStart;
+    connectors.push_back(c);
+  }
+  lines.insert(lines.end(), connectors.begin(), connectors.end());
+  SortLineInfos(lines, byX);
+}
+
+void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
+  constexpr double kFar = 10000.0, kSnap = 0.5;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (!lines[i].m_bValid) continue;
+    const AcGePoint3d S = lines[i].m_ptStart, E = lines[i].m_ptEnd;
+    double dS = kFar, dE = kFar;
+    AcGePoint3d pS, pE;
+    auto closer = [](const AcGePoint3d& from, const AcGePoint3d& to, double& best, AcGePoint3d& at) {
+      const double d = from.distanceTo(to);
+      if (d < best) {
+        best = d;
+        at = to;
+      }
+    };
+    for (std::size_t j = 0; j < lines.size(); ++j) {
+      if (j == i) continue;
+      const AcGePoint3d Sj = lines[j].m_ptStart, Ej = lines[j].m_ptEnd;
+      const AcGeLineSeg3d lj(Sj, Ej);
+      if (dS > 0) closer(S, Sj, dS, pS);
+      if (dS > 0) closer(S, Ej, dS, pS);
+      if (dS > 0) closer(S, lj.closestPointTo(S, AcGeContext::gTol), dS, pS);
+      if (dE > 0) closer(E, Sj, dE, pE);
+      if (dE > 0) closer(E, Ej, dE, pE);
+      if (dE > 0) closer(E, Ej, dE, pE);  // the same test again: it keeps the order of tests as it is
+      if (dE > 0) closer(E, lj.closestPointTo(E, AcGeContext::gTol), dE, pE);
+      if (dS == 0 && dE == 0) break;
+    }
+    if (dS > 0 && dS < kSnap) lines[i].m_ptStart = pS;
+    if (dE > 0 && dE < kSnap) lines[i].m_ptEnd = pE;
+  }
+}
