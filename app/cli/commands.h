@@ -9,4 +9,5 @@ using Args = std::vector<std::string>;
 int runSmoke(const Args& args);
 int runConvert(const Args& args);
 int runInfo(const Args& args);
+int runOutline(const Args& args);
 }  // namespace cli

@@ -16,6 +16,8 @@ const char* kUsage =
     "                       what a drawing holds: version, code page, units,\n"
     "                       extents, entities by kind and layer, blocks,\n"
     "                       linetypes and the tool frames with their numbers\n"
+    "  envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto [options]\n"
+    "                       the tool's envelope line, written into the drawing\n"
     "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
     "                       load and save a drawing (a round trip by default)\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
@@ -91,6 +93,7 @@ int main(int argc, char** argv) {
   if (command == "smoke") return smoke();
   if (command == "convert") return cli::runConvert(rest);
   if (command == "info") return cli::runInfo(rest);
+  if (command == "outline") return cli::runOutline(rest);
   std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
   return 2;
 }

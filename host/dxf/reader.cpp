@@ -138,8 +138,9 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
     }
     bool real = false;
     if (isNumericCode(t.code, real) && !looksNumeric(t.value)) {
-      return failAt(t, "group code " + std::to_string(t.code) + " expects a number, found '" +
-                           std::string(t.value.substr(0, 40)) + "'");
+      // The value's own line (the one after its group code).
+      return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
+                  std::string(t.value.substr(0, 40)) + "'");
     }
     tags.push_back(decoded(t));
   }

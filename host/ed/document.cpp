@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-AcApDocument::AcApDocument(std::unique_ptr<AcDbDatabase> db, std::string fileName)
+AcApDocument::AcApDocument(std::shared_ptr<AcDbDatabase> db, std::string fileName)
     : m_db(std::move(db)), m_fileName(std::move(fileName)) {}
 
 AcApDocManager* acDocManagerPtr() {
@@ -25,6 +25,13 @@ Acad::ErrorStatus AcApDocManager::unlockDocument(AcApDocument* doc) {
 
 AcApDocument* AcApDocManager::openDocument(std::unique_ptr<AcDbDatabase> db, std::string fileName) {
   m_docs.push_back(std::make_unique<AcApDocument>(std::move(db), std::move(fileName)));
+  setCurDocument(m_docs.back().get());
+  return m_docs.back().get();
+}
+
+AcApDocument* AcApDocManager::openBorrowedDocument(AcDbDatabase* db, std::string fileName) {
+  std::shared_ptr<AcDbDatabase> borrowed(db, [](AcDbDatabase*) {});
+  m_docs.push_back(std::make_unique<AcApDocument>(std::move(borrowed), std::move(fileName)));
   setCurDocument(m_docs.back().get());
   return m_docs.back().get();
 }

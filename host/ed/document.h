@@ -14,7 +14,7 @@ enum DocLockMode { kNone = 0, kAutoWrite = 1, kNotLocked = 2, kWrite = 4, kProte
 
 class AcApDocument {
  public:
-  AcApDocument(std::unique_ptr<AcDbDatabase> db, std::string fileName);
+  AcApDocument(std::shared_ptr<AcDbDatabase> db, std::string fileName);
   AcDbDatabase* database() const { return m_db.get(); }
   const std::string& fileName() const { return m_fileName; }
   AcAp::DocLockMode lockMode() const { return m_locks > 0 ? m_mode : AcAp::kNotLocked; }
@@ -22,7 +22,7 @@ class AcApDocument {
 
  private:
   friend class AcApDocManager;
-  std::unique_ptr<AcDbDatabase> m_db;
+  std::shared_ptr<AcDbDatabase> m_db;
   std::string m_fileName;
   AcAp::DocLockMode m_mode = AcAp::kNotLocked;
   int m_locks = 0;
@@ -38,6 +38,9 @@ class AcApDocManager {
 
   // Takes a drawing in as a document and makes it current.
   AcApDocument* openDocument(std::unique_ptr<AcDbDatabase> db, std::string fileName = "Drawing1.dxf");
+  // A document over a database that its caller keeps owning (and keeps alive
+  // until the document is closed).
+  AcApDocument* openBorrowedDocument(AcDbDatabase* db, std::string fileName);
   Acad::ErrorStatus closeDocument(AcApDocument* doc);
   Acad::ErrorStatus setCurDocument(AcApDocument* doc);
   const std::vector<std::unique_ptr<AcApDocument>>& documents() const { return m_docs; }

@@ -1,0 +1,47 @@
+#!/usr/bin/python3
+"""The main job: the envelope line of every sample tool (each tool of the
+multi-tool sheet by its window), written to out/ as DXF, PNG and JSON, with a
+one-line summary per tool.
+
+usage: run_samples.py BUILD_DIR [OUT_DIR]
+"""
+import json
+import os
+import subprocess
+import sys
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+
+
+def main():
+    build = sys.argv[1]
+    out = sys.argv[2] if len(sys.argv) > 2 else os.path.join(ROOT, "out")
+    os.makedirs(out, exist_ok=True)
+    envline = os.path.join(build, "app", "cli", "envline")
+    failures = 0
+    with open(os.path.join(ROOT, "samples", "samples.tsv"), encoding="utf-8") as f:
+        rows = [line.rstrip("\n").split("\t") for line in f][1:]
+    sheets = {r[0] for r in rows if sum(1 for x in rows if x[0] == r[0]) > 1}
+    for filename, tool, window, _centre in rows:
+        stem = os.path.splitext(filename)[0] + (f"_{tool}" if filename in sheets else "")
+        cmd = [envline, "outline", os.path.join(ROOT, "samples", filename), "-o", os.path.join(out, stem + ".dxf"),
+               "--window", window, "--centre", "auto", "--png", os.path.join(out, stem + ".png"), "--json"]
+        r = subprocess.run(cmd, capture_output=True, text=True)
+        with open(os.path.join(out, stem + ".json"), "w", encoding="utf-8") as j:
+            j.write(r.stdout)
+        if r.returncode != 0:
+            failures += 1
+            print(f"{tool:8} {filename:20} failed (exit {r.returncode}): {r.stderr.strip()}")
+            continue
+        res = json.loads(r.stdout)
+        o = res["outline"]
+        t = res["timings_ms"]
+        box = ", ".join(f"{v:g}" for v in o["box"])
+        print(f"{tool:8} {filename:20} {res['message']}  {len(o['vertices']):2} vertices  box ({box})  "
+              f"area {o['area']:.1f}  {t['read'] + t['compute'] + t['write']:.1f} ms  -> {stem}.dxf/.png/.json")
+    print(f"{len(rows) - failures} outlines made, {failures} failed; results in {out}")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
