@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
+  libocct-data-exchange-dev libtbb-dev
   python3-ezdxf
   qt6-base-dev qt6-svg-dev fonts-wqy-microhei
 )

@@ -1,0 +1,221 @@
+// Solid files: SAT through our writer, STEP and STL through Open CASCADE.
+// Every file is written beside its target and renamed into place.
+#include <BRepGProp.hxx>
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <GProp_GProps.hxx>
+#include <IFSelect_ReturnStatus.hxx>
+#include <Interface_Static.hxx>
+#include <Message.hxx>
+#include <Message_Messenger.hxx>
+#include <STEPControl_Reader.hxx>
+#include <STEPControl_Writer.hxx>
+#include <BRep_Tool.hxx>
+#include <Poly_Triangulation.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopLoc_Location.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
+#include <array>
+#include <vector>
+#include <TopoDS_Shape.hxx>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <tuple>
+
+#include "host/brep/solid.h"
+
+namespace host::brep {
+
+namespace {
+
+const TopoDS_Shape& ShapeOf(const AcDb3dSolid& solid) {
+  return *static_cast<const TopoDS_Shape*>(solid.shapeHandle());
+}
+
+// Open CASCADE reports to the console; its messages are not ours to show.
+void Quiet() {
+  static const bool done = [] {
+    Message::DefaultMessenger()->ChangePrinters().Clear();
+    return true;
+  }();
+  (void)done;
+}
+
+std::string TempBeside(const std::string& path) {
+  const std::filesystem::path target(path);
+  return (target.parent_path() / ("." + target.filename().string() + ".tmp")).string();
+}
+
+bool MoveIntoPlace(const std::string& tmp, const std::string& path, std::string& error) {
+  std::error_code ec;
+  std::filesystem::rename(tmp, path, ec);
+  if (!ec) return true;
+  std::filesystem::remove(tmp, ec);
+  error = path + ": could not move the new file into place";
+  return false;
+}
+
+}  // namespace
+
+bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& error) {
+  if (solid.isNull()) {
+    error = "no solid to write";
+    return false;
+  }
+  Quiet();
+  STEPControl_Writer writer;
+  Interface_Static::SetCVal("write.step.schema", "AP214IS");
+  Interface_Static::SetCVal("write.step.unit", "MM");
+  if (writer.Transfer(ShapeOf(solid), STEPControl_AsIs) != IFSelect_RetDone) {
+    error = "the solid could not be turned into STEP";
+    return false;
+  }
+  const std::string tmp = TempBeside(path);
+  if (writer.Write(tmp.c_str()) != IFSelect_RetDone) {
+    std::filesystem::remove(tmp);
+    error = path + ": cannot write the STEP file";
+    return false;
+  }
+  return MoveIntoPlace(tmp, path, error);
+}
+
+bool WriteStl(const AcDb3dSolid& solid, const std::string& path, double chordalTolerance, std::string& error) {
+  if (solid.isNull()) {
+    error = "no solid to write";
+    return false;
+  }
+  Quiet();
+  TopoDS_Shape shape = ShapeOf(solid);
+  BRepMesh_IncrementalMesh mesh(shape, chordalTolerance, false, 0.1, true);
+  // Triangles of every face, turned with the face; those without area (the
+  // mesher leaves one where a cone ends in a point) are left out so that
+  // every edge is shared by exactly two triangles.
+  std::vector<std::array<float, 12>> triangles;
+  for (TopExp_Explorer ex(shape, TopAbs_FACE); ex.More(); ex.Next()) {
+    const TopoDS_Face& face = TopoDS::Face(ex.Current());
+    TopLoc_Location loc;
+    const Handle(Poly_Triangulation) tri = BRep_Tool::Triangulation(face, loc);
+    if (tri.IsNull()) {
+      error = "a face of the solid could not be meshed";
+      return false;
+    }
+    const gp_Trsf trsf = loc.Transformation();
+    const bool reversed = face.Orientation() == TopAbs_REVERSED;
+    for (int t = 1; t <= tri->NbTriangles(); ++t) {
+      int a, b, c;
+      tri->Triangle(t).Get(a, b, c);
+      if (reversed) std::swap(b, c);
+      const gp_Pnt p[3] = {tri->Node(a).Transformed(trsf), tri->Node(b).Transformed(trsf), tri->Node(c).Transformed(trsf)};
+      const gp_Vec n = gp_Vec(p[0], p[1]).Crossed(gp_Vec(p[0], p[2]));
+      if (n.Magnitude() <= 1e-12 * (1 + p[0].Distance(p[1]) * p[0].Distance(p[2]))) continue;
+      const gp_Dir d(n);
+      triangles.push_back({static_cast<float>(d.X()), static_cast<float>(d.Y()), static_cast<float>(d.Z()),
+                           static_cast<float>(p[0].X()), static_cast<float>(p[0].Y()), static_cast<float>(p[0].Z()),
+                           static_cast<float>(p[1].X()), static_cast<float>(p[1].Y()), static_cast<float>(p[1].Z()),
+                           static_cast<float>(p[2].X()), static_cast<float>(p[2].Y()), static_cast<float>(p[2].Z())});
+    }
+  }
+  const std::string tmp = TempBeside(path);
+  {
+    std::ofstream out(tmp, std::ios::binary);
+    char header[80] = {};
+    std::snprintf(header, sizeof header, "envline solid, %zu triangles", triangles.size());
+    const std::uint32_t count = static_cast<std::uint32_t>(triangles.size());
+    out.write(header, 80);
+    out.write(reinterpret_cast<const char*>(&count), 4);
+    const std::uint16_t attr = 0;
+    for (const auto& t : triangles) {
+      out.write(reinterpret_cast<const char*>(t.data()), 48);
+      out.write(reinterpret_cast<const char*>(&attr), 2);
+    }
+    if (!out.flush()) {
+      std::filesystem::remove(tmp);
+      error = path + ": cannot write the STL file";
+      return false;
+    }
+  }
+  return MoveIntoPlace(tmp, path, error);
+}
+
+bool StepVolume(const std::string& path, double& volume, std::string& error) {
+  Quiet();
+  STEPControl_Reader reader;
+  if (reader.ReadFile(path.c_str()) != IFSelect_RetDone || reader.TransferRoots() == 0) {
+    error = path + ": not a readable STEP file";
+    return false;
+  }
+  GProp_GProps props;
+  BRepGProp::VolumeProperties(reader.OneShape(), props);
+  volume = props.Mass();
+  return true;
+}
+
+bool StlIsClosed(const std::string& path, std::string& error) {
+  std::ifstream in(path, std::ios::binary);
+  char header[80];
+  std::uint32_t count = 0;
+  if (!in.read(header, 80) || !in.read(reinterpret_cast<char*>(&count), 4)) {
+    error = path + ": not a binary STL file";
+    return false;
+  }
+  using Key = std::tuple<long long, long long, long long>;
+  auto key = [](const float* p) {
+    // Vertices shared by triangles are written identically: compare them exactly.
+    return Key(std::llround(p[0] * 1e6), std::llround(p[1] * 1e6), std::llround(p[2] * 1e6));
+  };
+  std::map<std::pair<Key, Key>, int> edges;
+  for (std::uint32_t t = 0; t < count; ++t) {
+    float data[12];
+    std::uint16_t attr;
+    if (!in.read(reinterpret_cast<char*>(data), 48) || !in.read(reinterpret_cast<char*>(&attr), 2)) {
+      error = path + ": the file ends inside triangle " + std::to_string(t);
+      return false;
+    }
+    const Key k[3] = {key(data + 3), key(data + 6), key(data + 9)};
+    for (int e = 0; e < 3; ++e) {
+      Key a = k[e], b = k[(e + 1) % 3];
+      if (b < a) std::swap(a, b);
+      ++edges[{a, b}];
+    }
+  }
+  for (const auto& [edge, uses] : edges)
+    if (uses != 2) {
+      error = path + ": an edge is used by " + std::to_string(uses) + " triangles";
+      return false;
+    }
+  return count > 0;
+}
+
+}  // namespace host::brep
+
+Acad::ErrorStatus AcDbBody::acisOut(const std::string& path, const AcArray<AcDbEntity*>& entities) {
+  for (AcDbEntity* e : entities) {
+    const auto* solid = AcDb3dSolid::cast(e);
+    if (!solid) continue;
+    std::string text, error;
+    if (!host::brep::SatText(*solid, text, error)) return Acad::eNotApplicable;
+    const std::string tmp = (std::filesystem::path(path).parent_path() /
+                             ("." + std::filesystem::path(path).filename().string() + ".tmp"))
+                                .string();
+    {
+      std::ofstream out(tmp, std::ios::binary);
+      if (!(out << text) || !out.flush()) {
+        std::filesystem::remove(tmp);
+        return Acad::eFileAccessErr;
+      }
+    }
+    std::error_code ec;
+    std::filesystem::rename(tmp, path, ec);
+    if (ec) {
+      std::filesystem::remove(tmp, ec);
+      return Acad::eFileAccessErr;
+    }
+    return Acad::eOk;  // one body a file
+  }
+  return Acad::eInvalidInput;
+}
