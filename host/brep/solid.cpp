@@ -1,4 +1,5 @@
 #include "host/brep/solid.h"
+#include "host/brep/profile_check.h"
 
 #include <BRepAdaptor_Surface.hxx>
 #include <BRepBuilderAPI_MakeEdge.hxx>
@@ -20,8 +21,8 @@
 #include <cmath>
 #include <numbers>
 
-ACRX_DEFINE_MEMBERS(AcDbRegion, AcDbEntity)
-ACRX_DEFINE_MEMBERS(AcDb3dSolid, AcDbEntity)
+ACRX_DEFINE_MEMBERS(AcDbRegion, AcDbModelerEntity)
+ACRX_DEFINE_MEMBERS(AcDb3dSolid, AcDbModelerEntity)
 
 struct AcDb3dSolid::Shape {
   TopoDS_Shape shape;
@@ -117,7 +118,7 @@ bool ProfileOf(const AcDbPolyline& outline, const AcGePoint3d& axisPoint, const 
 AcDb3dSolid::AcDb3dSolid() : m_shape(std::make_unique<Shape>()) {}
 AcDb3dSolid::~AcDb3dSolid() = default;
 AcDb3dSolid::AcDb3dSolid(const AcDb3dSolid& other)
-    : AcDbEntity(other),
+    : AcDbModelerEntity(other),
       m_shape(std::make_unique<Shape>(*other.m_shape)),
       m_profile(other.m_profile ? std::make_unique<MeridianProfile>(*other.m_profile) : nullptr) {}
 
@@ -146,6 +147,9 @@ Acad::ErrorStatus AcDb3dSolid::getGeomExtents(AcDbExtents& extents) const {
 Acad::ErrorStatus AcDb3dSolid::createFromProfile(const MeridianProfile& profile) {
   if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
   const auto& v = profile.vertices;
+  std::string detail;
+  const host::brep::ProfileShape shape = host::brep::CheckProfileShape(profile, detail);
+  if (shape == host::brep::ProfileShape::kCrossing) return Acad::eGeneralModelingFailure;
   const gp_Dir normal = Dir(profile.axisDir.crossProduct(profile.upDir));
   BRepBuilderAPI_MakeWire wire;
   for (std::size_t i = 0; i < v.size(); ++i) {
@@ -172,7 +176,8 @@ Acad::ErrorStatus AcDb3dSolid::createFromProfile(const MeridianProfile& profile)
     if (!wire.IsDone()) return Acad::eGeneralModelingFailure;
   }
   if (!wire.IsDone() || !wire.Wire().Closed()) return Acad::eGeneralModelingFailure;
-  BRepBuilderAPI_MakeFace face(wire.Wire(), true);
+  // The plane is known: the axis and the side of it the profile lies on.
+  BRepBuilderAPI_MakeFace face(gp_Pln(Pnt(profile.axisPoint), normal), wire.Wire(), true);
   if (!face.IsDone()) return Acad::eGeneralModelingFailure;
   BRepPrimAPI_MakeRevol revol(face.Face(), gp_Ax1(Pnt(profile.axisPoint), Dir(profile.axisDir)), 2 * std::numbers::pi);
   if (!revol.IsDone()) return Acad::eGeneralModelingFailure;
@@ -181,7 +186,10 @@ Acad::ErrorStatus AcDb3dSolid::createFromProfile(const MeridianProfile& profile)
     if (!solid.IsNull()) return Acad::eGeneralModelingFailure;  // one solid expected
     solid = ex.Current();
   }
-  if (solid.IsNull() || !BRepCheck_Analyzer(solid).IsValid()) return Acad::eGeneralModelingFailure;
+  // A simple profile on one side of the axis revolves into a valid solid;
+  // only when the 2D test cannot tell is the solid itself checked.
+  if (solid.IsNull() || (shape == host::brep::ProfileShape::kUnsure && !BRepCheck_Analyzer(solid).IsValid()))
+    return Acad::eGeneralModelingFailure;
   m_shape->shape = solid;
   m_profile = std::make_unique<MeridianProfile>(profile);
   return Acad::eOk;
@@ -221,4 +229,16 @@ Acad::ErrorStatus AcDbRegion::createFromCurves(const AcArray<AcDbEntity*>& curve
     regions.append(region);
   }
   return regions.isEmpty() ? Acad::eInvalidInput : Acad::eOk;
+}
+
+bool AcDb3dSolid::satText(std::string& text, std::string& error) const { return host::brep::SatText(*this, text, error); }
+
+bool AcDbRegion::satText(std::string&, std::string& error) const {
+  error = "regions are not written as ACIS data";
+  return false;
+}
+
+Acad::ErrorStatus AcDb3dSolid::transformBy(const AcGeMatrix3d&) {
+  // Solids are placed when they are made (see createFromProfile).
+  return Acad::eNotApplicable;
 }

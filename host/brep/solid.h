@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/db/curves.h"
+#include "host/db/other_entities.h"
 #include "host/db/polylines.h"
 
 // A profile in the half plane of an axis: x along the axis, r ≥ 0 from it,
@@ -29,7 +30,7 @@ struct AcDbRevolveOptions {
 };
 
 // A planar region bounded by one closed loop.
-class AcDbRegion : public AcDbEntity {
+class AcDbRegion : public AcDbModelerEntity {
  public:
   ACRX_DECLARE_MEMBERS(AcDbRegion)
   AcDbRegion() = default;
@@ -38,6 +39,8 @@ class AcDbRegion : public AcDbEntity {
   // to no database.
   static Acad::ErrorStatus createFromCurves(const AcArray<AcDbEntity*>& curves, AcArray<AcDbRegion*>& regions);
   const AcDbPolyline& boundary() const { return m_boundary; }
+  const char* dxfKind() const override { return "REGION"; }
+  bool satText(std::string& text, std::string& error) const override;
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override { return m_boundary.getGeomExtents(extents); }
   AcDbObject* cloneObject() const override { return new AcDbRegion(*this); }
 
@@ -46,7 +49,7 @@ class AcDbRegion : public AcDbEntity {
   AcDbPolyline m_boundary;
 };
 
-class AcDb3dSolid : public AcDbEntity {
+class AcDb3dSolid : public AcDbModelerEntity {
  public:
   ACRX_DECLARE_MEMBERS(AcDb3dSolid)
   AcDb3dSolid();
@@ -70,7 +73,10 @@ class AcDb3dSolid : public AcDbEntity {
   // The modeller's shape (a TopoDS_Shape), for the file writers.
   const void* shapeHandle() const;
 
+  const char* dxfKind() const override { return "3DSOLID"; }
+  bool satText(std::string& text, std::string& error) const override;
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
+  Acad::ErrorStatus transformBy(const AcGeMatrix3d& xform) override;
   AcDbObject* cloneObject() const override { return new AcDb3dSolid(*this); }
 
  private:

@@ -18,6 +18,7 @@ ACRX_DEFINE_MEMBERS(AcDbCornerEntity, AcDbEntity)
 ACRX_DEFINE_MEMBERS(AcDbSolid, AcDbCornerEntity)
 ACRX_DEFINE_MEMBERS(AcDbTrace, AcDbCornerEntity)
 ACRX_DEFINE_MEMBERS(AcDbFace, AcDbCornerEntity)
+ACRX_DEFINE_MEMBERS(AcDbModelerEntity, AcDbEntity)
 
 namespace {
 

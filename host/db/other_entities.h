@@ -246,3 +246,17 @@ class AcDbFace : public AcDbCornerEntity {
   ACRX_DECLARE_MEMBERS(AcDbFace)
   AcDbObject* cloneObject() const override { return new AcDbFace(*this); }
 };
+
+// Entities held as modeller data (3D solids, regions): file writers ask
+// them for their ACIS SAT text.
+class AcDbModelerEntity : public AcDbEntity {
+ public:
+  ACRX_DECLARE_MEMBERS(AcDbModelerEntity)
+  // The file's name of the kind ("3DSOLID", "REGION").
+  virtual const char* dxfKind() const = 0;
+  virtual bool satText(std::string& text, std::string& error) const = 0;
+
+ protected:
+  AcDbModelerEntity() = default;
+  AcDbModelerEntity(const AcDbModelerEntity&) = default;
+};

@@ -479,6 +479,49 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
       o.i(78, 0);
     }
     o.i(98, 0);
+  } else if (const auto* m = AcDbModelerEntity::cast(&e)) {
+    // R2000 to R2010 files hold the SAT text in the entity, each character
+    // substituted as AutoCAD does; later files keep binary data elsewhere.
+    if (ctx.r12() || ctx.acadVer >= "AC1027") {
+      ctx.diag.warn(std::string(m->dxfKind()) + " " + e.handle().toHex() + ": " + ctx.acadVer +
+                    " files keep solids as binary data, which envline does not write; the solid was left out " +
+                    "(write its SAT file instead)");
+      return false;
+    }
+    std::string sat, error;
+    if (!m->satText(sat, error)) {
+      ctx.diag.warn(std::string(m->dxfKind()) + " " + e.handle().toHex() + " was left out: " + error);
+      return false;
+    }
+    head(o, m->dxfKind(), e, ctx);
+    entityCommon(o, e, ctx);
+    marker(o, ctx, "AcDbModelerGeometry");
+    o.i(70, 1);
+    std::size_t pos = 0;
+    while (pos < sat.size()) {
+      std::size_t end = sat.find('\n', pos);
+      if (end == std::string::npos) end = sat.size();
+      std::string line;
+      for (char c : sat.substr(pos, end - pos)) {
+        if (c == ' ') line += ' ';
+        else if (c == '_') line += '@';
+        else if (c == '@') line += '_';
+        else if (c >= 'A' && c <= '^') {
+          line += static_cast<char>(0x5E - (c - 'A'));
+          if (c == 'A') line += ' ';
+        } else {
+          line += static_cast<char>(c ^ 0x5F);
+        }
+      }
+      // Lines longer than 255 characters continue in 3 groups.
+      o.s(1, line.substr(0, 255));
+      for (std::size_t k = 255; k < line.size(); k += 255) o.s(3, line.substr(k, 255));
+      pos = end + 1;
+    }
+    if (ctx.acadVer > "AC1018") {
+      marker(o, ctx, "AcDb3dSolid");
+      o.s(350, "0");
+    }
   } else if (const auto* g = AcDbGenericEntity::cast(&e)) {
     // Kept kinds: the common data here, the rest from the original text.
     if (g->dxfName() == "BLOCK" || g->dxfName() == "ENDBLK") return false;  // written with their block

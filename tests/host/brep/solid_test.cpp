@@ -8,6 +8,7 @@
 #include <numbers>
 #include <string>
 
+#include "host/brep/profile_check.h"
 #include "host/brep/solid.h"
 #include "host/db/operations.h"
 
@@ -146,5 +147,46 @@ TEST(Solids, OpenOutlinesFailTheCurveRouteAndARegionCanCloseThem) {
   crossing.addVertexAt(2, {10, 5});
   crossing.setClosed(true);
   EXPECT_EQ(solid.createRevolvedSolid(&crossing, {0, 0, 0}, {1, 0, 0}, 2 * kPi, 0, {}), Acad::eInvalidInput);
+}
+
+// The 2D test that stands in for checking the solid must agree with Open
+// CASCADE's checker: what it passes revolves into a valid solid, and what it
+// rejects is a profile no solid can come from.
+TEST(Solids, ProfileShapesAgreeWithTheSolidChecker) {
+  struct Shape {
+    const char* name;
+    std::vector<P> pts;
+    host::brep::ProfileShape expect;
+  };
+  using enum host::brep::ProfileShape;
+  const std::vector<Shape> shapes{
+      {"tangent arcs, S-curve", {{0, 0, 0}, {0, 3, kQuarter}, {2, 5, -kQuarter}, {4, 7, 0}, {20, 7, 0}, {20, 0, 0}}, kSimple},
+      {"arc tangent to lines both ends", {{0, 0, 0}, {0, 5, 0}, {10, 5, -kQuarter}, {12, 3, 0}, {20, 3, 0}, {20, 0, 0}}, kSimple},
+      {"half circle on the axis", {{0, 0, -1}, {10, 0, 0}}, kSimple},
+      {"bow tie", {{0, 0, 0}, {0, 5, 0}, {10, 0, 0}, {10, 5, 0}, {20, 5, 0}, {20, 0, 0}}, kCrossing},
+      {"line back over itself", {{0, 0, 0}, {0, 5, 0}, {10, 5, 0}, {4, 5, 0}, {4, 3, 0}, {20, 3, 0}, {20, 0, 0}}, kCrossing},
+      {"arc through a line", {{0, 0, 0}, {0, 5, 0}, {10, 5, 0}, {10, 2, 0}, {4, 2, -1}, {4, 6, 0}, {20, 6, 0}, {20, 0, 0}}, kCrossing},
+      {"arc bulging into the profile", {{0, 0, 0}, {0, 5, 0}, {20, 5, 0}, {20, 0, 0.3}}, kSimple},
+      {"arc below the axis", {{0, 0, 0}, {0, 5, 0}, {20, 5, 0}, {20, 0, -0.3}}, kCrossing},
+      {"touching itself at a point", {{0, 0, 0}, {0, 5, 0}, {10, 5, 0}, {10, 2, 0}, {5, 5, 0}, {5, 1, 0}, {20, 1, 0}, {20, 0, 0}}, kCrossing},
+      {"arcs on one circle overlapping", {{0, 0, 0}, {0, 5, 0}, {10, 5, 1}, {10, 15, -1}, {10, 5, 0}, {20, 5, 0}, {20, 0, 0}}, kCrossing},
+  };
+  for (const Shape& s : shapes) {
+    MeridianProfile profile;
+    for (const P& p : s.pts) profile.vertices.push_back({p.x, p.y, p.bulge});
+    profile.axisPoint = {0, 0, 0};
+    profile.axisDir = {1, 0, 0};
+    profile.upDir = {0, 1, 0};
+    std::string detail;
+    EXPECT_EQ(host::brep::CheckProfileShape(profile, detail), s.expect) << s.name << ": " << detail;
+    AcDb3dSolid solid;
+    const Acad::ErrorStatus made = solid.createFromProfile(profile);
+    if (s.expect == host::brep::ProfileShape::kSimple) {
+      ASSERT_EQ(made, Acad::eOk) << s.name;
+      EXPECT_TRUE(solid.isValid()) << s.name;
+    } else {
+      EXPECT_NE(made, Acad::eOk) << s.name;
+    }
+  }
 }
 }  // namespace
