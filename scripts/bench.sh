@@ -1,6 +1,15 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks.
+# Builds and runs the benchmarks: the host, the DXF reader and writer, the
+# outline engine, the solids, and the outline and solid of every sample.
+# Arguments go to the Google Benchmark programs (e.g. --benchmark_filter=...).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/build.sh
-./build/bench/host_bench "$@"
+for b in host_bench engine_bench solid_bench; do
+  echo "== $b"
+  "./build/bench/$b" "$@"
+done
+echo "== samples"
+/usr/bin/python3 bench/outline_samples_bench.py build
+echo "== DXF files (envline against ezdxf)"
+/usr/bin/python3 bench/dxf_bench.py build

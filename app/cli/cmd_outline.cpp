@@ -10,7 +10,9 @@
 #include "host/dxf/dxf_file.h"
 #include "host/ed/document.h"
 #include "output/drawing_picture.h"
+#include "host/brep/solid.h"
 #include "output/outline_report.h"
+#include "output/solid_export.h"
 #include "ui/centre_line.h"
 #include "ui/single_outline_run.h"
 
@@ -44,6 +46,11 @@ const char* kHelp =
     "  --png FILE, --svg FILE    a picture of the drawing with the outline over it\n"
     "  --json                    a machine-readable result on standard output\n"
     "  --in-place                write the result into DRAWING.dxf itself\n"
+    "  --sat FILE, --step FILE, --stl FILE\n"
+    "                            the solid of the outline, revolved about the axis\n"
+    "  --orient drawing|z        the solid as drawn (default) or along +Z from the origin\n"
+    "  --stl-tolerance T         chordal tolerance of the STL mesh (0.01 mm)\n"
+    "  --keep-solid              keep the solid in the written drawing (a 3DSOLID)\n"
     "\n"
     "Exit codes: 0 outline made, 3 no outline, 2 bad usage, 1 unreadable input or\n"
     "unwritable output.\n"
@@ -52,7 +59,10 @@ const char* kHelp =
     "  envline outline drill.dxf -o drill_out.dxf --window 0,-20,120,20 --centre auto --png drill.png\n";
 
 struct Options {
-  std::string input, output, png, svg;
+  std::string input, output, png, svg, sat, step, stl;
+  SolidOrientation orientation = SolidOrientation::kDrawing;
+  double stlTolerance = 0.01;
+  bool keepSolid = false;
   std::optional<std::array<double, 4>> window, crossing;
   std::vector<std::string> handles, layers;
   std::optional<AcGePoint3d> centre;
@@ -147,6 +157,20 @@ int parse(const Args& args, Options& o) {
       const std::string* s = value(i);
       if (!s) return usage(a + " needs a file name");
       (a == "--png" ? o.png : o.svg) = *s;
+    } else if (a == "--sat" || a == "--step" || a == "--stl") {
+      const std::string* s = value(i);
+      if (!s) return usage(a + " needs a file name");
+      (a == "--sat" ? o.sat : a == "--step" ? o.step : o.stl) = *s;
+    } else if (a == "--orient") {
+      const std::string* s = value(i);
+      if (!s || (*s != "drawing" && *s != "z")) return usage("--orient is drawing or z");
+      o.orientation = *s == "z" ? SolidOrientation::kAxisZ : SolidOrientation::kDrawing;
+    } else if (a == "--stl-tolerance") {
+      const std::string* s = value(i);
+      if (!s || !numbers(*s, v, 1) || !(v[0] > 0)) return usage("--stl-tolerance needs a positive number");
+      o.stlTolerance = v[0];
+    } else if (a == "--keep-solid") {
+      o.keepSolid = true;
     } else if (a == "--json") {
       o.json = true;
     } else if (a == "--in-place") {
@@ -239,6 +263,39 @@ int runOutline(const Args& args) {
   const SingleOutlineResult run = RunSingleOutline(selection, centre, o.settings);
   const double computeMs = msSince(clock);
 
+  // The solid of the outline, when asked for.
+  std::vector<std::string> solidFiles;
+  std::string solidRoute;
+  double solidMs = 0, stlMs = 0;  // revolve, SAT and STEP; the STL mesh on its own
+  clock = std::chrono::steady_clock::now();
+  if (!run.outline.isNull() && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid)) {
+    RevolveRoute route = RevolveRoute::kNone;
+    const AcDbObjectId solidId = RevolveOutline(run.outline, centre, AcGeVector3d::kXAxis, o.orientation, &route);
+    solidRoute = route == RevolveRoute::kCurve ? "curve" : route == RevolveRoute::kRegion ? "region" : "";
+    if (solidId.isNull()) {
+      std::fprintf(stderr, "envline outline: %s\n", kSolidFailed);
+      return 1;
+    }
+    {
+      AcDbObjectPointer<AcDb3dSolid> solid(solidId, AcDb::kForRead);
+      std::string error;
+      bool ok = true;
+      if (!o.sat.empty()) ok = AcDbBody::acisOut(o.sat, {solid.get()}) == Acad::eOk, error = o.sat + ": " + kWriteFailed;
+      if (ok && !o.step.empty()) ok = host::brep::WriteStep(*solid.get(), o.step, error);
+      solidMs = msSince(clock);
+      clock = std::chrono::steady_clock::now();
+      if (ok && !o.stl.empty()) ok = host::brep::WriteStl(*solid.get(), o.stl, o.stlTolerance, error);
+      stlMs = msSince(clock);
+      if (!ok) {
+        std::fprintf(stderr, "envline outline: %s\n", error.c_str());
+        return 1;
+      }
+      for (const std::string& f : {o.sat, o.step, o.stl})
+        if (!f.empty()) solidFiles.push_back(f);
+    }
+    if (!o.keepSolid) host::eraseObject(solidId);
+  }
+
   clock = std::chrono::steady_clock::now();
   if (!host::dxf::writeDxfFile(o.output, drawing, {}, diag)) {
     std::fprintf(stderr, "envline outline: %s\n", diag.error.c_str());
@@ -284,7 +341,10 @@ int runOutline(const Args& args) {
     j.endObject().key("counts").beginObject().key("selected").value(selected).key("to_engine").value(run.nSelected);
     j.key("segments_after_conversion").value(segments).endObject();
     j.key("timings_ms").beginObject().key("read").value(readMs).key("compute").value(computeMs).key("write").value(writeMs);
-    j.endObject().key("warnings").beginArray();
+    j.key("solid").value(solidMs).key("stl").value(stlMs);
+    j.endObject().key("solid").beginObject().key("route").value(solidRoute).key("files").beginArray();
+    for (const auto& f : solidFiles) j.value(f);
+    j.endArray().endObject().key("warnings").beginArray();
     for (const auto& w : diag.warnings) j.value(w);
     j.endArray().endObject();
     std::printf("%s\n", j.str().c_str());
@@ -296,6 +356,7 @@ int runOutline(const Args& args) {
                   report.box[3], o.output.c_str());
     else
       std::printf("%s: no outline from %d selected entities -> %s\n", run.message.c_str(), selected, o.output.c_str());
+    for (const auto& f : solidFiles) std::printf("solid (%s route) -> %s\n", solidRoute.c_str(), f.c_str());
   }
   return made ? 0 : 3;
 }

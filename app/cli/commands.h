@@ -10,4 +10,5 @@ int runSmoke(const Args& args);
 int runConvert(const Args& args);
 int runInfo(const Args& args);
 int runOutline(const Args& args);
+int runExport(const Args& args);
 }  // namespace cli

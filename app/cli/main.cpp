@@ -18,6 +18,8 @@ const char* kUsage =
     "                       linetypes and the tool frames with their numbers\n"
     "  envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto [options]\n"
     "                       the tool's envelope line, written into the drawing\n"
+    "  envline export DRAWING.dxf --dir DIR [--formats sat,step,stl] [options]\n"
+    "                       outlines to solid files named by tool number\n"
     "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
     "                       load and save a drawing (a round trip by default)\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
@@ -94,6 +96,7 @@ int main(int argc, char** argv) {
   if (command == "convert") return cli::runConvert(rest);
   if (command == "info") return cli::runInfo(rest);
   if (command == "outline") return cli::runOutline(rest);
+  if (command == "export") return cli::runExport(rest);
   std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
   return 2;
 }

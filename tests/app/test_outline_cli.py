@@ -142,7 +142,8 @@ def main():
         assert abs(r["outline"]["area"] - area) < 1e-9, r["outline"]["area"]
         assert r["outline"]["box"] == [0, 0, 40, 5]
         assert r["counts"]["segments_after_conversion"] > 14
-        assert set(r["timings_ms"]) == {"read", "compute", "write"}
+        assert set(r["timings_ms"]) == {"read", "compute", "write", "solid", "stl"}
+        assert r["solid"] == {"route": "", "files": []}, r["solid"]
         assert r["parameters"]["arc_step"] == 0.3 and r["parameters"]["side"] == "upper"
     case("--json result", json_result)
 
