@@ -7,7 +7,6 @@ ezdxf's ACIS reader.
 
 usage: test_export_cli.py BUILD_DIR
 """
-import hashlib
 import json
 import math
 import os
@@ -17,16 +16,13 @@ import sys
 import tempfile
 
 import ezdxf
+
+from cli_cases import ROOT, Cases, sample_rows, sha
 import ezdxf.math
 from ezdxf.acis import api as acis
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SATCHECK = os.path.join(ROOT, "..", "shared", "tools", "satcheck", "satcheck.py")
 
-
-def sha(path):
-    with open(path, "rb") as f:
-        return hashlib.sha256(f.read()).hexdigest()
 
 
 def pappus(polyline, axis_y):
@@ -87,23 +83,14 @@ def main():
     build = sys.argv[1]
     envline = os.path.join(build, "app", "cli", "envline")
     tmp = tempfile.mkdtemp(prefix="envline-export-")
-    results = []
+    case = Cases()
 
     def run(*args):
         r = subprocess.run([envline, *args], capture_output=True, text=True)
         return r.returncode, r.stdout, r.stderr
 
-    def case(name, fn):
-        try:
-            fn()
-            results.append((name, None))
-        except AssertionError as e:
-            results.append((name, str(e) or "assertion failed"))
-        except Exception as e:  # noqa: BLE001 - a crash of the test is a finding too
-            results.append((name, f"{type(e).__name__}: {e}"))
 
-    with open(os.path.join(ROOT, "samples", "samples.tsv"), encoding="utf-8") as f:
-        rows = [line.rstrip("\n").split("\t") for line in f][1:]
+    rows = sample_rows()
 
     # Every sample: the outline and its solid in all three formats, as drawn and along +Z.
     for filename, tool, window, _ in rows:
@@ -218,11 +205,8 @@ def main():
         assert code == 1 and "missing.dxf" in err, err
     case("bad usage is named", bad_usage)
 
-    failed = [(n, e) for n, e in results if e]
-    for name, error in results:
-        print(("FAIL " if error else "ok   ") + name + (f": {error}" if error else ""))
-    print(f"{len(results) - len(failed)} of {len(results)} passed; files in {tmp}")
-    return 1 if failed else 0
+    print(f"files in {tmp}")
+    return case.report()
 
 
 if __name__ == "__main__":

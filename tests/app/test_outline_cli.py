@@ -7,7 +7,6 @@ messages, the input left alone, and valid pictures.
 
 usage: test_outline_cli.py BUILD_DIR
 """
-import hashlib
 import json
 import math
 import os
@@ -19,7 +18,8 @@ import xml.etree.ElementTree as ET
 
 import ezdxf
 
-ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+from cli_cases import ROOT, Cases, sample_rows, sha
+
 T8 = math.tan(math.pi / 8)
 
 
@@ -40,10 +40,6 @@ def outline_of(path):
     assert found[0].dxftype() == "LWPOLYLINE"
     return found[0]
 
-
-def sha(path):
-    with open(path, "rb") as f:
-        return hashlib.sha256(f.read()).hexdigest()
 
 
 def shaft_drawing(path, centre_lines=((0, "CENTER"),), version="R2010"):
@@ -70,20 +66,11 @@ def main():
     envline = os.path.join(build, "app", "cli", "envline")
     tmp = tempfile.mkdtemp(prefix="envline-outline-")
     run = Run(envline, tmp)
-    results = []
+    case = Cases()
 
-    def case(name, fn):
-        try:
-            fn()
-            results.append((name, None))
-        except AssertionError as e:
-            results.append((name, str(e) or "assertion failed"))
-        except Exception as e:  # noqa: BLE001 - a crash of the test is a finding too
-            results.append((name, f"{type(e).__name__}: {e}"))
 
     # Every sample, by its window, with the automatic centre.
-    with open(os.path.join(ROOT, "samples", "samples.tsv"), encoding="utf-8") as f:
-        rows = [line.rstrip("\n").split("\t") for line in f][1:]
+    rows = sample_rows()
     for filename, tool, window, centre in rows:
         def sample(filename=filename, tool=tool, window=window):
             src = os.path.join(ROOT, "samples", filename)
@@ -194,12 +181,7 @@ def main():
         vertices_ok(copy)
     case("--in-place writes the drawing itself", in_place)
 
-    failed = 0
-    for name, problem in results:
-        print(("FAIL " if problem else "ok   ") + name + (f"\n  {problem}" if problem else ""))
-        failed += bool(problem)
-    print(f"{len(results) - failed} passed, {failed} failed")
-    return 1 if failed else 0
+    return case.report()
 
 
 if __name__ == "__main__":
