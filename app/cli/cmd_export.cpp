@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 
+#include "app/cli/arguments.h"
 #include "app/cli/commands.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
@@ -18,10 +19,11 @@ const char* kHelp =
     "                      [--delete-outline] [--keep-solid] [--orient drawing|z] [--stl-tolerance T]\n"
     "                      [-o OUT.dxf]\n"
     "\n"
-    "Revolves outlines (closed polylines on layer TempEncircleLine; all of them\n"
-    "unless --handles names some) about their axis, the longest edge whose ends\n"
-    "have equal y, and writes each solid to DIR, named by the tool number of the\n"
-    "drawing frame that holds the outline (outline_<handle> outside any frame).\n"
+    "Revolves outlines (the polylines --handles names, or else every polyline on\n"
+    "layer TempEncircleLine) about their axis, the longest edge whose ends have\n"
+    "equal y, and writes each solid to DIR, named by the tool number of the\n"
+    "drawing frame that holds the outline (outline_<handle> outside any frame;\n"
+    "a second outline in one frame adds _<handle>).\n"
     "Outlines without such an edge are passed over.\n"
     "\n"
     "  --formats LIST        any of sat, step, stl (default sat)\n"
@@ -64,25 +66,14 @@ int runExport(const Args& args) {
     } else if (a == "--handles") {
       const std::string* v = next();
       if (!v) return usage("--handles needs H1,H2,...");
-      std::size_t p = 0;
-      while (p <= v->size()) {
-        const std::size_t c = v->find(',', p);
-        handles.push_back(v->substr(p, c == std::string::npos ? std::string::npos : c - p));
-        if (c == std::string::npos) break;
-        p = c + 1;
-      }
+      handles = SplitList(*v);
     } else if (a == "--formats") {
       const std::string* v = next();
       if (!v) return usage("--formats needs a list");
       formats.clear();
-      std::size_t p = 0;
-      while (p <= v->size()) {
-        const std::size_t c = v->find(',', p);
-        const std::string f = v->substr(p, c == std::string::npos ? std::string::npos : c - p);
+      for (const std::string& f : SplitList(*v)) {
         if (f != "sat" && f != "step" && f != "stl") return usage("unknown format '" + f + "' (sat, step, stl)");
         formats.insert(f);
-        if (c == std::string::npos) break;
-        p = c + 1;
       }
     } else if (a == "--orient") {
       const std::string* v = next();
@@ -126,11 +117,12 @@ int runExport(const Args& args) {
     ~CloseDoc() { acDocManagerPtr()->closeDocument(doc); }
   } closeDoc{doc};
 
+  // The named polylines, or every polyline on the outline layer.
   AcArray<AcDbObjectId> selection;
   if (handles.empty()) {
     for (AcDbObjectId id : host::allEntities(db)) {
       AcDbObjectPointer<AcDbPolyline> pl(id, AcDb::kForRead);
-      if (pl) selection.append(id);
+      if (pl && host::equalsNoCase(pl->layer(), "TempEncircleLine")) selection.append(id);
     }
   } else {
     for (const std::string& h : handles) {
@@ -143,19 +135,20 @@ int runExport(const Args& args) {
   }
   const std::vector<DrawingFrame> frames = CollectDrawingFrames();
   std::vector<std::string> messages;
-  int outlines = 0, exported = 0;
+  const int outlines = selection.length();
+  int exported = 0;
+  std::set<std::string> usedNames;
   for (AcDbObjectId id : selection) {
-    AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
-    const bool onLayer = e && host::equalsNoCase(e->layer(), "TempEncircleLine");
-    e.close();
-    if (!onLayer) continue;
-    ++outlines;
     OutlineExport request = base;
     request.outline = id;
     if (!OutlineAxisPoint(id, request.centre)) continue;  // passed over silently
-    const std::string fallback = "outline_" + id.handle().toHex();
+    // The tool number names the files; an outline outside every frame, or a
+    // second one in the same frame, adds its handle rather than overwrite.
+    const std::string handle = id.handle().toHex();
     auto ask = [&](const std::string&, const std::string&, const std::string& proposed) {
-      return (std::filesystem::path(dir) / (proposed.empty() ? fallback : proposed)).string();
+      std::string name = proposed.empty() ? "outline_" + handle : proposed;
+      if (!usedNames.insert(name).second) name += "_" + handle;
+      return (std::filesystem::path(dir) / name).string();
     };
     ExportDetail detail;
     const std::size_t before = messages.size();

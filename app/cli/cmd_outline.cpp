@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <optional>
 
+#include "app/cli/arguments.h"
 #include "app/cli/commands.h"
 #include "app/cli/json.h"
 #include "host/db/operations.h"
@@ -77,30 +78,13 @@ int usage(const std::string& message) {
 
 bool numbers(const std::string& text, std::vector<double>& out, std::size_t count) {
   out.clear();
-  std::size_t pos = 0;
-  while (pos <= text.size()) {
-    const std::size_t comma = text.find(',', pos);
-    const std::string part = text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos);
+  for (const std::string& part : SplitList(text)) {
     char* end = nullptr;
     const double v = std::strtod(part.c_str(), &end);
     if (part.empty() || *end != 0 || !std::isfinite(v)) return false;
     out.push_back(v);
-    if (comma == std::string::npos) break;
-    pos = comma + 1;
   }
   return out.size() == count;
-}
-
-std::vector<std::string> split(const std::string& text) {
-  std::vector<std::string> out;
-  std::size_t pos = 0;
-  while (pos <= text.size()) {
-    const std::size_t comma = text.find(',', pos);
-    out.push_back(text.substr(pos, comma == std::string::npos ? std::string::npos : comma - pos));
-    if (comma == std::string::npos) break;
-    pos = comma + 1;
-  }
-  return out;
 }
 
 // Parses the arguments; returns 0 to go on, otherwise the exit code.
@@ -123,7 +107,7 @@ int parse(const Args& args, Options& o) {
     } else if (a == "--handles") {
       const std::string* s = value(i);
       if (!s) return usage("--handles needs H1,H2,...");
-      o.handles = split(*s);
+      o.handles = SplitList(*s);
     } else if (a == "--layer") {
       const std::string* s = value(i);
       if (!s) return usage("--layer needs a layer name");

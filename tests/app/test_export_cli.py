@@ -204,6 +204,31 @@ def main():
         assert facts["revolved_axis"]["direction"][2] != 0, facts["revolved_axis"]
     case("an outline in no frame is named by its handle", outline_outside_frames)
 
+    def names_do_not_collide_and_handles_select_any_polyline():
+        doc = ezdxf.readfile(sheet)
+        msp = doc.modelspace()
+        # Two outlines inside T-1001's frame, and one on another layer.
+        first = msp.add_lwpolyline([(0, 0), (0, 5), (20, 5), (20, 0)], close=True,
+                                   dxfattribs={"layer": "TempEncircleLine"})
+        second = msp.add_lwpolyline([(30, 0), (30, 4), (60, 4), (60, 0)], close=True,
+                                    dxfattribs={"layer": "TempEncircleLine"})
+        other = msp.add_lwpolyline([(70, 0), (70, 3), (90, 3), (90, 0)], close=True)
+        src = os.path.join(tmp, "two_in_one_frame.dxf")
+        doc.saveas(src)
+        out_dir = os.path.join(tmp, "two")
+        code, _, stderr = run("export", src, "--dir", out_dir)
+        assert code == 0, f"exit {code}: {stderr}"
+        names = sorted(os.listdir(out_dir))
+        assert names == sorted(["T-1001.sat", f"T-1001_{second.dxf.handle}.sat"]), names
+        satcheck(os.path.join(out_dir, "T-1001.sat"), 500 * math.pi)
+        satcheck(os.path.join(out_dir, f"T-1001_{second.dxf.handle}.sat"), 480 * math.pi)
+        code, _, stderr = run("export", src, "--dir", os.path.join(tmp, "picked"), "--handles",
+                              f"{other.dxf.handle},{first.dxf.handle}")
+        assert code == 0, f"exit {code}: {stderr}"
+        assert sorted(os.listdir(os.path.join(tmp, "picked"))) == ["T-1001.sat", f"T-1001_{first.dxf.handle}.sat"]
+    case("outlines sharing a frame get distinct names; --handles picks any polyline",
+         names_do_not_collide_and_handles_select_any_polyline)
+
     def bad_usage():
         code, _, err = run("export", with_outlines)
         assert code == 2 and "--dir" in err, err
