@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """The main job: the envelope line of every sample tool (each tool of the
-multi-tool sheet by its window), written to out/ as DXF, PNG and JSON, with a
-one-line summary per tool.
+multi-tool sheet by its window), written to out/ as DXF, PNG and JSON, and
+its revolved solid as SAT, STEP and STL, with a one-line summary per tool.
 
 usage: run_samples.py BUILD_DIR [OUT_DIR]
 """
@@ -26,6 +26,7 @@ def main():
         stem = os.path.splitext(filename)[0] + (f"_{tool}" if filename in sheets else "")
         cmd = [envline, "outline", os.path.join(ROOT, "samples", filename), "-o", os.path.join(out, stem + ".dxf"),
                "--window", window, "--centre", "auto", "--png", os.path.join(out, stem + ".png"), "--json"]
+        cmd += [a for k in ("sat", "step", "stl") for a in (f"--{k}", os.path.join(out, f"{stem}.{k}"))]
         r = subprocess.run(cmd, capture_output=True, text=True)
         with open(os.path.join(out, stem + ".json"), "w", encoding="utf-8") as j:
             j.write(r.stdout)
@@ -38,7 +39,8 @@ def main():
         t = res["timings_ms"]
         box = ", ".join(f"{v:g}" for v in o["box"])
         print(f"{tool:8} {filename:20} {res['message']}  {len(o['vertices']):2} vertices  box ({box})  "
-              f"area {o['area']:.1f}  {t['read'] + t['compute'] + t['write']:.1f} ms  -> {stem}.dxf/.png/.json")
+              f"area {o['area']:.1f}  {t['read'] + t['compute'] + t['write']:.1f} ms + solid {t['solid'] + t['stl']:.1f} ms"
+              f"  -> {stem}.dxf/.png/.json/.sat/.step/.stl")
     print(f"{len(rows) - failures} outlines made, {failures} failed; results in {out}")
     return 1 if failures else 0
 
