@@ -70,6 +70,7 @@ struct Case {
   std::vector<P> pts;
   double axisY;
 };
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 
 std::string Quote(const std::string& s) { return "'" + s + "'"; }
 
