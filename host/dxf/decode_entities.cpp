@@ -8,21 +8,11 @@ namespace host::dxf {
 namespace {
 constexpr double kDeg = std::numbers::pi / 180.0;
 
-double num(const Tag& t) {
-  double d = 0;
-  parseDouble(t.value, d);
-  return d;
-}
-long long integer(const Tag& t) {
-  long long n = 0;
-  parseInt(t.value, n);
-  return n;
-}
 // Sets the coordinate of p that the tag names, for points at base (10, 11, ...).
 bool coord(const Tag& t, int base, AcGePoint3d& p) {
-  if (t.code == base) p.x = num(t);
-  else if (t.code == base + 10) p.y = num(t);
-  else if (t.code == base + 20) p.z = num(t);
+  if (t.code == base) p.x = tagDouble(t);
+  else if (t.code == base + 10) p.y = tagDouble(t);
+  else if (t.code == base + 20) p.z = tagDouble(t);
   else return false;
   return true;
 }
@@ -41,7 +31,7 @@ AcDbEntity* decodeLine(const std::vector<Tag>& own) {
   double thickness = 0;
   for (const Tag& t : own) {
     if (coord(t, 10, a) || coord(t, 11, b) || coord(t, 210, n)) continue;
-    if (t.code == 39) thickness = num(t);
+    if (t.code == 39) thickness = tagDouble(t);
   }
   auto* line = new AcDbLine(a, b);
   line->setNormal(normalOr(n));
@@ -55,10 +45,10 @@ AcDbEntity* decodeArcOrCircle(const std::vector<Tag>& own, bool arc) {
   double r = 0, s = 0, e = 360, thickness = 0;
   for (const Tag& t : own) {
     if (coord(t, 10, c) || coord(t, 210, n)) continue;
-    if (t.code == 40) r = num(t);
-    else if (t.code == 50) s = num(t);
-    else if (t.code == 51) e = num(t);
-    else if (t.code == 39) thickness = num(t);
+    if (t.code == 40) r = tagDouble(t);
+    else if (t.code == 50) s = tagDouble(t);
+    else if (t.code == 51) e = tagDouble(t);
+    else if (t.code == 39) thickness = tagDouble(t);
   }
   n = normalOr(n);
   const AcGePoint3d w = toWorld(n, c);
@@ -82,9 +72,9 @@ AcDbEntity* decodeEllipse(const std::vector<Tag>& own) {
   double ratio = 1, s = 0, e = 2 * std::numbers::pi;
   for (const Tag& t : own) {
     if (coord(t, 10, c) || coord(t, 11, major) || coord(t, 210, n)) continue;
-    if (t.code == 40) ratio = num(t);
-    else if (t.code == 41) s = num(t);
-    else if (t.code == 42) e = num(t);
+    if (t.code == 40) ratio = tagDouble(t);
+    else if (t.code == 41) s = tagDouble(t);
+    else if (t.code == 42) e = tagDouble(t);
   }
   auto* el = new AcDbEllipse(c, normalOr(n), major, ratio, s, e);
   presentInWorld(el);
@@ -99,17 +89,17 @@ AcDbEntity* decodeSpline(const std::vector<Tag>& own) {
   double fitTol = 0;
   for (const Tag& t : own) {
     switch (t.code) {
-      case 70: flags = static_cast<int>(integer(t)); break;
-      case 71: degree = static_cast<int>(integer(t)); break;
-      case 40: knots.append(num(t)); break;
-      case 41: weights.append(num(t)); break;
-      case 44: fitTol = num(t); break;
-      case 10: ctrl.append(AcGePoint3d(num(t), 0, 0)); break;
-      case 20: if (!ctrl.isEmpty()) ctrl.last().y = num(t); break;
-      case 30: if (!ctrl.isEmpty()) ctrl.last().z = num(t); break;
-      case 11: fit.append(AcGePoint3d(num(t), 0, 0)); break;
-      case 21: if (!fit.isEmpty()) fit.last().y = num(t); break;
-      case 31: if (!fit.isEmpty()) fit.last().z = num(t); break;
+      case 70: flags = static_cast<int>(tagInt(t)); break;
+      case 71: degree = static_cast<int>(tagInt(t)); break;
+      case 40: knots.append(tagDouble(t)); break;
+      case 41: weights.append(tagDouble(t)); break;
+      case 44: fitTol = tagDouble(t); break;
+      case 10: ctrl.append(AcGePoint3d(tagDouble(t), 0, 0)); break;
+      case 20: if (!ctrl.isEmpty()) ctrl.last().y = tagDouble(t); break;
+      case 30: if (!ctrl.isEmpty()) ctrl.last().z = tagDouble(t); break;
+      case 11: fit.append(AcGePoint3d(tagDouble(t), 0, 0)); break;
+      case 21: if (!fit.isEmpty()) fit.last().y = tagDouble(t); break;
+      case 31: if (!fit.isEmpty()) fit.last().z = tagDouble(t); break;
       default: coord(t, 12, st) || coord(t, 13, et) || coord(t, 210, n); break;
     }
   }
@@ -129,15 +119,15 @@ AcDbEntity* decodeLwPolyline(const std::vector<Tag>& own) {
   std::vector<AcDbPolyline::Vertex> verts;
   for (const Tag& t : own) {
     switch (t.code) {
-      case 70: flags = static_cast<int>(integer(t)); break;
-      case 38: elevation = num(t); break;
-      case 43: constWidth = num(t); break;
-      case 39: thickness = num(t); break;
-      case 10: verts.push_back({AcGePoint2d(num(t), 0), 0, 0, 0}); break;
-      case 20: if (!verts.empty()) verts.back().point.y = num(t); break;
-      case 40: if (!verts.empty()) verts.back().startWidth = num(t); break;
-      case 41: if (!verts.empty()) verts.back().endWidth = num(t); break;
-      case 42: if (!verts.empty()) verts.back().bulge = num(t); break;
+      case 70: flags = static_cast<int>(tagInt(t)); break;
+      case 38: elevation = tagDouble(t); break;
+      case 43: constWidth = tagDouble(t); break;
+      case 39: thickness = tagDouble(t); break;
+      case 10: verts.push_back({AcGePoint2d(tagDouble(t), 0), 0, 0, 0}); break;
+      case 20: if (!verts.empty()) verts.back().point.y = tagDouble(t); break;
+      case 40: if (!verts.empty()) verts.back().startWidth = tagDouble(t); break;
+      case 41: if (!verts.empty()) verts.back().endWidth = tagDouble(t); break;
+      case 42: if (!verts.empty()) verts.back().bulge = tagDouble(t); break;
       default: coord(t, 210, n); break;
     }
   }
@@ -161,15 +151,15 @@ void decodeTextFields(const std::vector<Tag>& own, AcDbText* text, bool attribut
     if (coord(t, 10, p) || coord(t, 11, align) || coord(t, 210, n)) continue;
     switch (t.code) {
       case 1: text->setTextString(std::string(t.value)); break;
-      case 40: text->setHeight(num(t)); break;
-      case 50: text->setRotation(num(t) * kDeg); break;
-      case 41: text->setWidthFactor(num(t)); break;
-      case 51: text->setOblique(num(t) * kDeg); break;
-      case 39: text->setThickness(num(t)); break;
-      case 71: text->setGenerationFlags(static_cast<int>(integer(t))); break;
-      case 72: h = static_cast<int>(integer(t)); break;
-      case 73: if (!attribute) v = static_cast<int>(integer(t)); break;
-      case 74: if (attribute) v = static_cast<int>(integer(t)); break;
+      case 40: text->setHeight(tagDouble(t)); break;
+      case 50: text->setRotation(tagDouble(t) * kDeg); break;
+      case 41: text->setWidthFactor(tagDouble(t)); break;
+      case 51: text->setOblique(tagDouble(t) * kDeg); break;
+      case 39: text->setThickness(tagDouble(t)); break;
+      case 71: text->setGenerationFlags(static_cast<int>(tagInt(t))); break;
+      case 72: h = static_cast<int>(tagInt(t)); break;
+      case 73: if (!attribute) v = static_cast<int>(tagInt(t)); break;
+      case 74: if (attribute) v = static_cast<int>(tagInt(t)); break;
       default: break;
     }
   }
@@ -192,10 +182,10 @@ AcDbEntity* decodeMText(const std::vector<Tag>& own, ReadContext& ctx) {
     switch (t.code) {
       case 3: contents += t.value; break;
       case 1: last = std::string(t.value); break;
-      case 40: m->setTextHeight(num(t)); break;
-      case 41: m->setWidth(num(t)); break;
-      case 71: m->setAttachment(static_cast<int>(integer(t))); break;
-      case 50: rotation = num(t); hasRotation = true; break;
+      case 40: m->setTextHeight(tagDouble(t)); break;
+      case 41: m->setWidth(tagDouble(t)); break;
+      case 71: m->setAttachment(static_cast<int>(tagInt(t))); break;
+      case 50: rotation = tagDouble(t); hasRotation = true; break;
       case 7: m->setTextStyle(ctx.textStyle(t.value)); break;
       default: break;
     }
@@ -224,14 +214,14 @@ AcDbEntity* decodeInsert(const std::vector<Tag>& own, PendingNames& names) {
     if (coord(t, 10, p) || coord(t, 210, n)) continue;
     switch (t.code) {
       case 2: names.blockName = std::string(t.value); break;
-      case 41: scale.sx = num(t); break;
-      case 42: scale.sy = num(t); break;
-      case 43: scale.sz = num(t); break;
-      case 50: rotation = num(t) * kDeg; break;
-      case 70: cols = static_cast<int>(integer(t)); break;
-      case 71: rows = static_cast<int>(integer(t)); break;
-      case 44: colSpacing = num(t); break;
-      case 45: rowSpacing = num(t); break;
+      case 41: scale.sx = tagDouble(t); break;
+      case 42: scale.sy = tagDouble(t); break;
+      case 43: scale.sz = tagDouble(t); break;
+      case 50: rotation = tagDouble(t) * kDeg; break;
+      case 70: cols = static_cast<int>(tagInt(t)); break;
+      case 71: rows = static_cast<int>(tagInt(t)); break;
+      case 44: colSpacing = tagDouble(t); break;
+      case 45: rowSpacing = tagDouble(t); break;
       default: break;
     }
   }
@@ -264,8 +254,8 @@ AcDbEntity* decodeCorner(const std::vector<Tag>& own, AcDbCornerEntity* e, bool 
       has4 = true;
       continue;
     }
-    if (t.code == 39) e->setThickness(num(t));
-    else if (t.code == 70) e->setEdgeFlags(static_cast<int>(integer(t)));
+    if (t.code == 39) e->setThickness(tagDouble(t));
+    else if (t.code == 70) e->setEdgeFlags(static_cast<int>(tagInt(t)));
   }
   if (!has4) pts[3] = pts[2];
   n = normalOr(n);
@@ -286,7 +276,7 @@ AcDbEntity* decodeDimension(const std::vector<Tag>& own, PendingNames& names) {
       if (coord(t, 10 + k, pts[k])) has[k] = isPoint = true;
     if (isPoint) continue;
     if (t.code == 2) names.blockName = std::string(t.value);
-    else if (t.code == 70) d->setDimensionType(static_cast<int>(integer(t)));
+    else if (t.code == 70) d->setDimensionType(static_cast<int>(tagInt(t)));
     else if (t.code == 1) d->setDimensionText(std::string(t.value));
   }
   n = normalOr(n);
@@ -306,20 +296,20 @@ AcDbEntity* decodeHatch(const std::vector<Tag>& own) {
   bool solid = false;
   std::size_t i = 0;
   auto at = [&](int code) { return i < own.size() && own[i].code == code; };
-  auto take = [&]() { return num(own[i++]); };
+  auto take = [&]() { return tagDouble(own[i++]); };
   for (; i < own.size(); ++i) {
     const Tag& t = own[i];
     if (coord(t, 10, elevation) || coord(t, 210, n)) continue;
     if (t.code == 2) pattern = std::string(t.value);
-    else if (t.code == 70) solid = integer(t) != 0;
+    else if (t.code == 70) solid = tagInt(t) != 0;
     else if (t.code == 91) break;
   }
-  long long loops = i < own.size() ? integer(own[i++]) : 0;
+  long long loops = i < own.size() ? tagInt(own[i++]) : 0;
   for (long long l = 0; l < loops && i < own.size(); ++l) {
     while (i < own.size() && own[i].code != 92) ++i;
     if (i >= own.size()) break;
     AcDbHatch::Loop loop;
-    loop.flags = static_cast<int>(integer(own[i++]));
+    loop.flags = static_cast<int>(tagInt(own[i++]));
     if (loop.flags & 2) {
       while (i < own.size() && own[i].code != 93 && own[i].code != 10) ++i;
       if (at(93)) ++i;
@@ -332,9 +322,9 @@ AcDbEntity* decodeHatch(const std::vector<Tag>& own) {
       }
     } else {
       while (i < own.size() && own[i].code != 93) ++i;
-      const long long edges = i < own.size() ? integer(own[i++]) : 0;
+      const long long edges = i < own.size() ? tagInt(own[i++]) : 0;
       for (long long e = 0; e < edges && at(72); ++e) {
-        const long long type = integer(own[i++]);
+        const long long type = tagInt(own[i++]);
         std::vector<double> v;
         AcGePoint3dArray fitOrCtrl;
         // Collect this edge's tags up to the next edge or loop marker.
@@ -344,7 +334,7 @@ AcDbEntity* decodeHatch(const std::vector<Tag>& own) {
           et.push_back(&own[i++]);
         auto val = [&](int code, double dflt) {
           for (const Tag* x : et)
-            if (x->code == code) return num(*x);
+            if (x->code == code) return tagDouble(*x);
           return dflt;
         };
         if (type == 1) {
@@ -373,8 +363,8 @@ AcDbEntity* decodeHatch(const std::vector<Tag>& own) {
           }
         } else if (type == 4) {
           for (const Tag* x : et)
-            if (x->code == 10) loop.vertices.push_back({AcGePoint2d(num(*x), 0), 0});
-            else if (x->code == 20 && !loop.vertices.empty()) loop.vertices.back().point.y = num(*x);
+            if (x->code == 10) loop.vertices.push_back({AcGePoint2d(tagDouble(*x), 0), 0});
+            else if (x->code == 20 && !loop.vertices.empty()) loop.vertices.back().point.y = tagDouble(*x);
         }
       }
     }
@@ -391,9 +381,9 @@ AcDbEntity* decodeHatch(const std::vector<Tag>& own) {
 AcDbEntity* decodeLeader(const std::vector<Tag>& own) {
   auto* g = new AcDbGenericEntity("LEADER");
   for (const Tag& t : own) {
-    if (t.code == 10) g->points().append(AcGePoint3d(num(t), 0, 0));
-    else if (t.code == 20 && !g->points().isEmpty()) g->points().last().y = num(t);
-    else if (t.code == 30 && !g->points().isEmpty()) g->points().last().z = num(t);
+    if (t.code == 10) g->points().append(AcGePoint3d(tagDouble(t), 0, 0));
+    else if (t.code == 20 && !g->points().isEmpty()) g->points().last().y = tagDouble(t);
+    else if (t.code == 30 && !g->points().isEmpty()) g->points().last().z = tagDouble(t);
   }
   return g;
 }
@@ -420,14 +410,14 @@ AcDbEntity* decodeEntity(std::string_view kind, const std::vector<Tag>& own, Rea
       auto* a = new AcDbAttribute;
       for (const Tag& x : own)
         if (x.code == 2) a->setTag(std::string(x.value));
-        else if (x.code == 70) a->setAttributeFlags(static_cast<int>(integer(x)));
+        else if (x.code == 70) a->setAttributeFlags(static_cast<int>(tagInt(x)));
       t = a;
     } else {
       auto* d = new AcDbAttributeDefinition;
       for (const Tag& x : own)
         if (x.code == 2) d->setTag(std::string(x.value));
         else if (x.code == 3) d->setPrompt(std::string(x.value));
-        else if (x.code == 70) d->setAttributeFlags(static_cast<int>(integer(x)));
+        else if (x.code == 70) d->setAttributeFlags(static_cast<int>(tagInt(x)));
       t = d;
     }
     decodeTextFields(own, t, true);
@@ -459,11 +449,11 @@ AcDbEntity* decodePolyline(const std::vector<Tag>& head, const std::vector<std::
   double sw = 0, ew = 0, thickness = 0;
   for (const Tag& t : head) {
     if (coord(t, 10, origin) || coord(t, 210, n)) continue;
-    if (t.code == 70) flags = static_cast<int>(integer(t));
-    else if (t.code == 75) curveType = static_cast<int>(integer(t));
-    else if (t.code == 40) sw = num(t);
-    else if (t.code == 41) ew = num(t);
-    else if (t.code == 39) thickness = num(t);
+    if (t.code == 70) flags = static_cast<int>(tagInt(t));
+    else if (t.code == 75) curveType = static_cast<int>(tagInt(t));
+    else if (t.code == 40) sw = tagDouble(t);
+    else if (t.code == 41) ew = tagDouble(t);
+    else if (t.code == 39) thickness = tagDouble(t);
   }
   if (flags & (16 | 64)) return nullptr;  // polygon and polyface meshes are kept as they are
   std::vector<AcDbPolylineVertex> verts;
@@ -473,10 +463,10 @@ AcDbEntity* decodePolyline(const std::vector<Tag>& head, const std::vector<std::
     v.endWidth = ew;
     for (const Tag& t : vertices[k]) {
       if (coord(t, 10, v.position)) continue;
-      if (t.code == 42) v.bulge = num(t);
-      else if (t.code == 40) v.startWidth = num(t);
-      else if (t.code == 41) v.endWidth = num(t);
-      else if (t.code == 70) v.flags = static_cast<int>(integer(t));
+      if (t.code == 42) v.bulge = tagDouble(t);
+      else if (t.code == 40) v.startWidth = tagDouble(t);
+      else if (t.code == 41) v.endWidth = tagDouble(t);
+      else if (t.code == 70) v.flags = static_cast<int>(tagInt(t));
     }
     if (k < vertexHandles.size()) v.handle = vertexHandles[k];
     verts.push_back(v);

@@ -3,16 +3,6 @@
 namespace host::dxf {
 
 namespace {
-double num(const Tag& t) {
-  double d = 0;
-  parseDouble(t.value, d);
-  return d;
-}
-long long integer(const Tag& t) {
-  long long n = 0;
-  parseInt(t.value, n);
-  return n;
-}
 bool isPointCode(int code) {
   return (code >= 10 && code <= 18) || (code >= 110 && code <= 112) || code == 210 || (code >= 1010 && code <= 1013);
 }
@@ -26,18 +16,18 @@ GroupValues xrecordValues(const std::vector<Tag>& tags, std::size_t from) {
     GroupValue v;
     v.code = static_cast<short>(t.code);
     if (isPointCode(t.code)) {
-      v.real[0] = num(t);
-      if (i + 1 < tags.size() && tags[i + 1].code == t.code + 10) v.real[1] = num(tags[++i]);
-      if (i + 1 < tags.size() && tags[i + 1].code == t.code + 20) v.real[2] = num(tags[++i]);
+      v.real[0] = tagDouble(t);
+      if (i + 1 < tags.size() && tags[i + 1].code == t.code + 10) v.real[1] = tagDouble(tags[++i]);
+      if (i + 1 < tags.size() && tags[i + 1].code == t.code + 20) v.real[2] = tagDouble(tags[++i]);
       out.push_back(v);
       continue;
     }
     switch (groupKind(t.code)) {
-      case GroupKind::kReal: v.real[0] = num(t); break;
+      case GroupKind::kReal: v.real[0] = tagDouble(t); break;
       case GroupKind::kInt16:
       case GroupKind::kInt32:
       case GroupKind::kInt64:
-      case GroupKind::kBool: v.integer = integer(t); break;
+      case GroupKind::kBool: v.integer = tagInt(t); break;
       default: v.text = std::string(t.value); break;
     }
     out.push_back(std::move(v));
@@ -54,7 +44,7 @@ AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vect
     for (const Tag& t : own) {
       switch (t.code) {
         case 62: {
-          const long long c = integer(t);
+          const long long c = tagInt(t);
           AcCmColor color;
           color.setColorIndex(static_cast<std::uint16_t>(c < 0 ? -c : c));
           layer->setColor(color);
@@ -62,14 +52,14 @@ AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vect
           break;
         }
         case 70: {
-          const long long f = integer(t);
+          const long long f = tagInt(t);
           layer->setIsFrozen((f & 1) != 0);
           layer->setIsLocked((f & 4) != 0);
           break;
         }
         case 6: names.linetypeName = std::string(t.value); break;
-        case 370: layer->setLineWeight(static_cast<std::int16_t>(integer(t))); break;
-        case 290: layer->setIsPlottable(integer(t) != 0); break;
+        case 370: layer->setLineWeight(static_cast<std::int16_t>(tagInt(t))); break;
+        case 290: layer->setIsPlottable(tagInt(t) != 0); break;
         default: break;
       }
     }
@@ -79,8 +69,8 @@ AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vect
     std::vector<double> dashes;
     for (const Tag& t : own) {
       if (t.code == 3) lt->setComments(std::string(t.value));
-      else if (t.code == 40) lt->setPatternLength(num(t));
-      else if (t.code == 49) dashes.push_back(num(t));
+      else if (t.code == 40) lt->setPatternLength(tagDouble(t));
+      else if (t.code == 49) dashes.push_back(tagDouble(t));
     }
     lt->setDashes(dashes);
     rec = lt;
@@ -89,8 +79,8 @@ AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vect
     for (const Tag& t : own) {
       if (t.code == 3) st->setFileName(std::string(t.value));
       else if (t.code == 4) st->setBigFontFileName(std::string(t.value));
-      else if (t.code == 40) st->setTextSize(num(t));
-      else if (t.code == 41) st->setXScale(num(t));
+      else if (t.code == 40) st->setTextSize(tagDouble(t));
+      else if (t.code == 41) st->setXScale(tagDouble(t));
     }
     rec = st;
   } else if (table == "APPID") {
@@ -108,7 +98,7 @@ AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vect
     }
   for (const Tag& t : own)
     if (t.code == 70) {
-      rec->setFlags(static_cast<int>(integer(t)));
+      rec->setFlags(static_cast<int>(tagInt(t)));
       break;
     }
   return rec;
@@ -119,8 +109,8 @@ AcDbObject* decodeObject(std::string_view kind, const std::vector<Tag>& own, Rea
     auto* d = new AcDbDictionary;
     std::string key;
     for (const Tag& t : own) {
-      if (t.code == 280) d->setHardOwner(integer(t) != 0);
-      else if (t.code == 281) d->setMergeStyle(static_cast<int>(integer(t)));
+      if (t.code == 280) d->setHardOwner(tagInt(t) != 0);
+      else if (t.code == 281) d->setMergeStyle(static_cast<int>(tagInt(t)));
       else if (t.code == 3) key = std::string(t.value);
       else if ((t.code == 350 || t.code == 360) && !key.empty()) {
         names.entries.emplace_back(key, AcDbHandle::fromHex(std::string(t.value)));
@@ -134,7 +124,7 @@ AcDbObject* decodeObject(std::string_view kind, const std::vector<Tag>& own, Rea
     std::size_t i = 0;
     while (i < own.size() && !(own[i].code == 100 && own[i].value == "AcDbXrecord")) ++i;
     i = i < own.size() ? i + 1 : 0;  // R12-style files have no marker: all tags are data
-    if (i < own.size() && own[i].code == 280) x->setCloningFlags(static_cast<int>(integer(own[i++])));
+    if (i < own.size() && own[i].code == 280) x->setCloningFlags(static_cast<int>(tagInt(own[i++])));
     x->setValues(xrecordValues(own, i));
     return x;
   }
@@ -142,8 +132,8 @@ AcDbObject* decodeObject(std::string_view kind, const std::vector<Tag>& own, Rea
     auto* g = new AcDbGroup;
     for (const Tag& t : own) {
       if (t.code == 300) g->setDescription(std::string(t.value));
-      else if (t.code == 70) g->setAnonymous(integer(t) != 0);
-      else if (t.code == 71) g->setSelectable(integer(t) != 0);
+      else if (t.code == 70) g->setAnonymous(tagInt(t) != 0);
+      else if (t.code == 71) g->setSelectable(tagInt(t) != 0);
       else if (t.code == 340) names.members.push_back(AcDbHandle::fromHex(std::string(t.value)));
     }
     return g;

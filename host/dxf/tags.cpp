@@ -261,4 +261,16 @@ bool binaryToText(std::string_view bytes, std::string& text, std::string& error,
   return true;
 }
 
+double tagDouble(const Tag& t) {
+  double d = 0;
+  parseDouble(t.value, d);
+  return d;
+}
+
+long long tagInt(const Tag& t) {
+  long long n = 0;
+  parseInt(t.value, n);
+  return n;
+}
+
 }  // namespace host::dxf

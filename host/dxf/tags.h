@@ -43,6 +43,10 @@ bool parseCode(std::string_view line, int& code);
 // Numbers of tag values; false when the text is not a number of that kind.
 bool parseDouble(std::string_view text, double& value);
 bool parseInt(std::string_view text, long long& value);
+// A tag's value as a number, 0 when it is none (the reader has checked
+// numeric group codes by then).
+double tagDouble(const Tag& t);
+long long tagInt(const Tag& t);
 // A quick check that a value could be a number (digits, sign, point, exponent).
 bool looksNumeric(std::string_view text);
 
