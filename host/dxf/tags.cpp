@@ -82,6 +82,17 @@ bool TagReader::readLine(std::string_view& line) {
   return true;
 }
 
+namespace {
+// The end of the line that starts at p: its '\n', or null when the text
+// ends first. Most lines are a few bytes long, shorter than a library call.
+const char* lineEnd(const char* p, const char* end) {
+  const char* stop = end - p > 16 ? p + 16 : end;
+  for (; p < stop; ++p)
+    if (*p == '\n') return p;
+  return p < end ? static_cast<const char*>(std::memchr(p, '\n', end - p)) : nullptr;
+}
+}  // namespace
+
 bool TagReader::next(Tag& tag) {
   if (m_unread) {
     m_unread = false;
@@ -89,6 +100,34 @@ bool TagReader::next(Tag& tag) {
     return true;
   }
   if (!m_error.empty()) return false;
+  {
+    // Fast path for the form writers use: optional spaces, up to four
+    // digits, a line ending, then a value line that has its own ending.
+    // Anything else takes the careful path below.
+    const char* const begin = m_text.data();
+    const char* const end = begin + m_text.size();
+    const char* p = begin + m_pos;
+    while (p < end && *p == ' ') ++p;
+    const char* const digits = p;
+    int code = 0;
+    while (p < end && p - digits < 4 && static_cast<unsigned>(*p - '0') < 10) code = code * 10 + (*p++ - '0');
+    if (p > digits && p < end && (*p == '\n' || (*p == '\r' && p + 1 < end && p[1] == '\n'))) {
+      p += *p == '\r' ? 2 : 1;
+      if (const char* nl = lineEnd(p, end)) {
+        const char* valueEnd = nl > p && nl[-1] == '\r' ? nl - 1 : nl;
+        Tag t;
+        t.code = code;
+        t.value = std::string_view(p, static_cast<std::size_t>(valueEnd - p));
+        t.offset = m_pos;
+        t.line = m_line + 1;
+        m_line += 2;
+        m_pos = static_cast<std::size_t>(nl + 1 - begin);
+        m_last = t;
+        tag = t;
+        return true;
+      }
+    }
+  }
   std::string_view codeLine;
   // Blank lines at the very end of a file are not a tag.
   std::size_t offset = m_pos;
