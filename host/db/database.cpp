@@ -1,5 +1,7 @@
 #include "host/db/database.h"
 
+#include "host/db/handle_index.h"
+
 #include <algorithm>
 
 #include "host/db/dictionary.h"
@@ -55,19 +57,17 @@ void AcDbDatabase::reserveHandles(std::size_t count) {
 
 void AcDbDatabase::indexHandles() {
   if (m_byHandle) return;
-  m_byHandle = std::make_unique<std::unordered_map<std::uint64_t, std::uint32_t>>();
+  m_byHandle = std::make_unique<HandleIndex>();
   m_byHandle->reserve(m_slots.size() * 2 + 16);
-  for (std::uint32_t i = 0; i < m_slots.size(); ++i) m_byHandle->emplace(m_slots[i].handle.value(), i);
+  for (std::uint32_t i = 0; i < m_slots.size(); ++i) m_byHandle->insert(m_slots[i].handle.value(), i);
 }
 
-Acad::ErrorStatus AcDbDatabase::addObject(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle) {
-  if (!obj) return Acad::eNullObjectPointer;
-  if (!obj->objectId().isNull()) return Acad::eAlreadyInDb;
+AcDbDatabase::Slot& AcDbDatabase::newSlot(AcDbHandle handle, std::uint32_t& index) {
   if (handle.isNull() || handle >= m_handseed) {
     // A handle at or beyond the seed is free: nothing in use reaches the seed.
   } else {
     indexHandles();
-    if (m_byHandle->count(handle.value())) handle = AcDbHandle();
+    if (m_byHandle->contains(handle.value())) handle = AcDbHandle();
   }
   if (handle.isNull()) {
     handle = m_handseed;
@@ -75,12 +75,20 @@ Acad::ErrorStatus AcDbDatabase::addObject(AcDbObjectId& id, AcDbObject* obj, AcD
   } else if (handle >= m_handseed) {
     m_handseed = AcDbHandle(handle.value() + 1);
   }
-  const auto index = static_cast<std::uint32_t>(m_slots.size());
+  index = static_cast<std::uint32_t>(m_slots.size());
   Slot& s = m_slots.emplace_back();
-  s.object = obj;
   s.handle = handle;
+  if (m_byHandle) m_byHandle->insert(handle.value(), index);
+  return s;
+}
+
+Acad::ErrorStatus AcDbDatabase::addObject(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle) {
+  if (!obj) return Acad::eNullObjectPointer;
+  if (!obj->objectId().isNull()) return Acad::eAlreadyInDb;
+  std::uint32_t index = 0;
+  Slot& s = newSlot(handle, index);
+  s.object = obj;
   s.writer = true;  // a new object is open for write until its creator closes it
-  if (m_byHandle) m_byHandle->emplace(handle.value(), index);
   id = AcDbObjectId(m_serial, index);
   obj->attach(id);
   // Extended data set before the object joined: its applications join too.
@@ -97,14 +105,47 @@ Acad::ErrorStatus AcDbDatabase::addAcDbObjectWithHandle(AcDbObjectId& id, AcDbOb
   return addObject(id, obj, handle);
 }
 
+Acad::ErrorStatus AcDbDatabase::addDeferredObject(AcDbObjectId& id, AcDbHandle handle, std::uint64_t offset,
+                                                  std::uint32_t length) {
+  if (!m_loader) return Acad::eNotApplicable;
+  std::uint32_t index = 0;
+  Slot& s = newSlot(handle, index);
+  s.deferred = true;
+  s.sourceOffset = offset;
+  s.sourceLength = length;
+  id = AcDbObjectId(m_serial, index);
+  return Acad::eOk;
+}
+
+void AcDbDatabase::setObjectLoader(std::unique_ptr<AcDbObjectLoader> loader) { m_loader = std::move(loader); }
+
+AcDbObject* AcDbDatabase::objectAt(AcDbObjectId id) const {
+  auto* self = const_cast<AcDbDatabase*>(this);
+  Slot* s = self->slot(id);
+  if (!s) return nullptr;
+  if (s->deferred) m_loader->load(*self, id);
+  return s->object;
+}
+
+void AcDbDatabase::attachLoaded(AcDbObjectId id, AcDbObject* obj) {
+  Slot* s = slot(id);
+  if (!s || !s->deferred || !obj) {
+    delete obj;
+    return;
+  }
+  s->deferred = false;
+  s->object = obj;
+  obj->attach(id);
+}
+
 Acad::ErrorStatus AcDbDatabase::getAcDbObjectId(AcDbObjectId& id, bool, const AcDbHandle& handle) {
   indexHandles();
-  const auto it = m_byHandle->find(handle.value());
-  if (it == m_byHandle->end()) {
+  const std::uint32_t index = m_byHandle->find(handle.value());
+  if (index == HandleIndex::kNone) {
     id = AcDbObjectId::kNull;
     return Acad::eKeyNotFound;
   }
-  id = AcDbObjectId(m_serial, it->second);
+  id = AcDbObjectId(m_serial, index);
   return Acad::eOk;
 }
 

@@ -11,6 +11,19 @@
 #include "host/db/object.h"
 #include "host/db/slot_store.h"
 
+class HandleIndex;
+class AcDbDatabase;
+
+// Builds objects that a reader left as their source text: a large drawing
+// is read without building every entity, and each is built on first use.
+class AcDbObjectLoader {
+ public:
+  virtual ~AcDbObjectLoader() = default;
+  // Builds the object of a deferred slot and hands it to
+  // AcDbDatabase::attachLoaded.
+  virtual void load(AcDbDatabase& db, AcDbObjectId id) = 0;
+};
+
 class AcDbBlockTable;
 class AcDbLayerTable;
 class AcDbLinetypeTable;
@@ -71,6 +84,16 @@ class AcDbDatabase {
   // or the null handle gets a fresh one.
   Acad::ErrorStatus addAcDbObjectWithHandle(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle);
   Acad::ErrorStatus getAcDbObjectId(AcDbObjectId& id, bool createIfNotFound, const AcDbHandle& handle);
+  // An object known only by its span in the source text, built by the
+  // object loader when it is first opened or looked at; same handle rules.
+  Acad::ErrorStatus addDeferredObject(AcDbObjectId& id, AcDbHandle handle, std::uint64_t offset,
+                                      std::uint32_t length);
+  void setObjectLoader(std::unique_ptr<AcDbObjectLoader> loader);
+  // The object in a slot, built first if it was deferred; null when none.
+  // Building is invisible to the caller, hence const.
+  AcDbObject* objectAt(AcDbObjectId id) const;
+  // For the object loader: puts the built object into its deferred slot.
+  void attachLoaded(AcDbObjectId id, AcDbObject* obj);
   // Prepares the handle look-up for about this many objects (readers know
   // roughly how many a file holds).
   void reserveHandles(std::size_t count);
@@ -125,6 +148,7 @@ class AcDbDatabase {
     bool writer = false;
     bool erased = false;
     bool modified = false;  // opened for write (or erased) since it was read
+    bool deferred = false;  // object not built yet: only its source span is known
   };
   Slot* slot(AcDbObjectId id);
   const Slot* slot(AcDbObjectId id) const;
@@ -145,12 +169,15 @@ class AcDbDatabase {
 
  private:
   Acad::ErrorStatus addObject(AcDbObjectId& id, AcDbObject* obj, AcDbHandle handle);
+  // A new slot with the wanted handle, or a fresh one when it is in use.
+  Slot& newSlot(AcDbHandle wanted, std::uint32_t& index);
   void buildDefaultDrawing();
   void indexHandles();
 
   std::uint32_t m_serial = 0;
   host::ChunkedStore<Slot> m_slots;  // stable addresses, cheap growth
-  std::unique_ptr<std::unordered_map<std::uint64_t, std::uint32_t>> m_byHandle;  // built on first look-up
+  std::unique_ptr<HandleIndex> m_byHandle;
+  std::unique_ptr<AcDbObjectLoader> m_loader;  // built on first look-up
   AcDbHandle m_handseed{1};
   std::vector<AcDbDatabaseReactor*> m_reactors;
   std::vector<AcDbHeaderVariable> m_header;

@@ -166,7 +166,7 @@ Acad::ErrorStatus acdbOpenAcDbObject(AcDbObject*& obj, AcDbObjectId id, AcDb::Op
   AcDbDatabase* db = id.database();
   AcDbDatabase::Slot* s = db ? db->slot(id) : nullptr;
   if (!s) return Acad::eWrongDatabase;  // no live database issued this id
-  if (!s->object) return Acad::eNullObjectPointer;
+  if (!db->objectAt(id)) return Acad::eNullObjectPointer;
   if (s->erased && !openErased) return Acad::eWasErased;
   if (cls && !s->object->isKindOf(cls)) return Acad::eNotThatKindOfClass;
   if (s->writer) return Acad::eWasOpenForWrite;

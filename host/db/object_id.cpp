@@ -29,7 +29,7 @@ std::string AcDbHandle::toHex() const {
 bool AcDbObjectId::isValid() const {
   const AcDbDatabase* db = database();
   const AcDbDatabase::Slot* s = db ? db->slot(*this) : nullptr;
-  return s && s->object;
+  return s && (s->object || s->deferred);
 }
 
 bool AcDbObjectId::isErased() const {

@@ -8,7 +8,6 @@ namespace host {
 template <class T>
 const T* peek(AcDbObjectId id) {
   AcDbDatabase* db = id.database();
-  const AcDbDatabase::Slot* s = db ? db->slot(id) : nullptr;
-  return s ? T::cast(s->object) : nullptr;
+  return db ? T::cast(db->objectAt(id)) : nullptr;
 }
 }  // namespace host

@@ -1,6 +1,7 @@
 #pragma once
 // Internal to the DXF layer: the contexts that turn tags into host objects
 // and host objects back into tags.
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -92,6 +93,11 @@ AcDbEntity* decodePolyline(const std::vector<Tag>& head, const std::vector<std::
 AcDbSymbolTableRecord* decodeTableRecord(std::string_view table, const std::vector<Tag>& own, ReadContext& ctx,
                                          PendingNames& names);
 AcDbObject* decodeObject(std::string_view kind, const std::vector<Tag>& own, ReadContext& ctx, PendingNames& names);
+
+// Entity kinds that the reader keeps as text until first use, and the
+// loader that then builds them as the reader would have.
+bool isDeferrableKind(std::string_view kind);
+std::unique_ptr<AcDbObjectLoader> makeEntityLoader();
 
 // --- writing -----------------------------------------------------------------
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <deque>
 #include <fstream>
 #include <optional>
@@ -25,16 +26,19 @@ int sectionRank(std::string_view name) {
   return -1;
 }
 
-bool isNumericCode(int code, bool& real) {
-  switch (groupKind(code)) {
-    case GroupKind::kReal:
-    case GroupKind::kPoint: real = true; return true;
-    case GroupKind::kInt16:
-    case GroupKind::kInt32:
-    case GroupKind::kInt64:
-    case GroupKind::kBool: real = false; return true;
-    default: return false;
-  }
+// Whether a group code's value must be a number; looked up in a table, as
+// every tag of a file asks.
+bool expectsNumber(int code) {
+  static const auto table = [] {
+    std::array<bool, 1072> t{};
+    for (int c = 0; c < 1072; ++c) {
+      const GroupKind k = groupKind(c);
+      t[c] = k == GroupKind::kReal || k == GroupKind::kPoint || k == GroupKind::kInt16 || k == GroupKind::kInt32 ||
+             k == GroupKind::kInt64 || k == GroupKind::kBool;
+    }
+    return t;
+  }();
+  return code >= 0 && code < 1072 && table[code];
 }
 
 class Reader {
@@ -89,6 +93,9 @@ class Reader {
   // Reads one entity (with its vertices or attributes) whose "0" tag is first
   // into the block record owner (null: model or paper space by its flag).
   bool readEntity(const Tag& first, AcDbObjectId owner);
+  // An entity of a deferrable kind: only what the drawing needs at once
+  // (handle, layer, linetype, space) is taken; the rest waits for first use.
+  bool readDeferred(const Tag& first, AcDbObjectId owner);
   AcDbObjectId addObject(AcDbObject* obj, const CommonFields& common, std::size_t begin, std::size_t end);
   // Completes an object the reader made, without marking it modified: what
   // it sets comes from the object's own text.
@@ -136,8 +143,7 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
       end = t.offset;
       return true;
     }
-    bool real = false;
-    if (isNumericCode(t.code, real) && !looksNumeric(t.value)) {
+    if (expectsNumber(t.code) && !looksNumeric(t.value)) {
       // The value's own line (the one after its group code).
       return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
                   std::string(t.value.substr(0, 40)) + "'");
@@ -480,7 +486,85 @@ bool Reader::readEntities() {
   return m_diag.error.empty() ? expectEnd("ENTITIES") : false;
 }
 
+bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
+  // The same fields, by the same rules, as splitObject takes: without
+  // subclass markers anywhere, from the whole object; with them, from the
+  // AcDbEntity subclass only; never from extended data or 102 groups.
+  struct Fields {
+    std::string_view layer = "0", linetype;
+    bool paperSpace = false;
+  } plain, entity;
+  AcDbHandle handle;
+  bool hasSubclasses = false, inEntitySubclass = false, inGroup = false, inXdata = false;
+  std::size_t end = 0;
+  Tag t;
+  while (true) {
+    if (!next(t)) {
+      if (!m_diag.error.empty()) return false;
+      return fail(where(first.line) + ": the file ends inside " + std::string(first.value) + " (no EOF marker)");
+    }
+    if (t.code == 0) {
+      m_tags.unread();
+      end = t.offset;
+      break;
+    }
+    if (expectsNumber(t.code) && !looksNumeric(t.value))
+      return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
+                  std::string(t.value.substr(0, 40)) + "'");
+    if (inXdata) continue;
+    if (t.code >= 1000) {
+      inXdata = true;
+      continue;
+    }
+    if (t.code == 102) {
+      if (!t.value.empty() && t.value.front() == '{') inGroup = true;
+      else if (t.value == "}") inGroup = false;
+      continue;
+    }
+    if (inGroup) continue;
+    switch (t.code) {
+      case 100:
+        hasSubclasses = true;
+        inEntitySubclass = t.value == "AcDbEntity";
+        break;
+      case 5:
+      case 105:
+        if (handle.isNull()) handle = AcDbHandle::fromHex(std::string(t.value));
+        break;
+      case 8:
+      case 6:
+      case 67: {
+        Fields& f = hasSubclasses ? entity : plain;
+        if (hasSubclasses && !inEntitySubclass) break;
+        if (t.code == 8) f.layer = decoded(t).value;
+        else if (t.code == 6) f.linetype = decoded(t).value;
+        else {
+          long long v = 0;
+          if (parseInt(t.value, v)) f.paperSpace = v != 0;
+        }
+        break;
+      }
+      default: break;
+    }
+  }
+  const Fields& f = hasSubclasses ? entity : plain;
+  AcDbObjectId id;
+  if (m_db.addDeferredObject(id, handle, first.offset, static_cast<std::uint32_t>(end - first.offset)) != Acad::eOk)
+    return fail("could not add " + std::string(first.value) + " at " + where(first.line));
+  if (!handle.isNull() && id.handle() != handle)
+    m_diag.warn("handle " + handle.toHex() + " is used twice; the second object got " + id.handle().toHex());
+  // Layers and linetypes that the file uses without defining join now, as
+  // they would for any entity.
+  m_ctx.layer(f.layer);
+  if (!f.linetype.empty()) m_ctx.linetype(f.linetype);
+  AcDbObjectId block = owner;
+  if (block.isNull()) block = f.paperSpace ? m_db.paperSpaceId() : m_db.modelSpaceId();
+  appendToBlock(block, id);
+  return true;
+}
+
 bool Reader::readEntity(const Tag& first, AcDbObjectId owner) {
+  if (isDeferrableKind(first.value)) return readDeferred(first, owner);
   std::vector<Tag>& tags = m_tagBuffer;
   std::vector<Tag>& own = m_ownBuffer;
   std::size_t end = 0;
@@ -693,7 +777,8 @@ bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDra
   if (text.find("\r\n") != std::string_view::npos) drawing.info.lineEnding = "\r\n";
   drawing.database = std::make_unique<AcDbDatabase>(false);
   drawing.database->setSourceText(text, owner);
-  drawing.database->reserveHandles(text.size() / 64 + 64);  // an object takes 150 bytes or more
+  drawing.database->setObjectLoader(makeEntityLoader());
+  drawing.database->reserveHandles(text.size() / 128 + 64);  // an object takes 150 bytes or more
   Reader reader(text, drawing, diag, std::move(offsets), bytes.size());
   return reader.run();
 }

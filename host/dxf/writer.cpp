@@ -113,7 +113,16 @@ class Writer {
 
 void Writer::object(AcDbObjectId id) {
   const AcDbDatabase::Slot* s = m_db.slot(id);
-  if (!s || !s->object || s->erased) return;
+  if (!s || s->erased) return;
+  // A deferred object is as it was read and of a kind every version holds:
+  // its span is all there is to write, unless the form changes.
+  if (s->deferred) {
+    if (const std::string_view sp = span(id); !sp.empty()) {
+      m_out += sp;
+      return;
+    }
+  }
+  if (!m_db.objectAt(id)) return;
   if (!keepsKind(*s->object)) return;
   const std::string_view sp = span(id);
   if (!sp.empty()) {
@@ -304,7 +313,7 @@ void Writer::objects() {
   object(nod);
   const auto& slots = m_db.slots();
   for (std::uint32_t i = 0; i < slots.size(); ++i) {
-    const AcDbObject* obj = slots[i].object;
+    const AcDbObject* obj = slots[i].object;  // deferred objects are entities, left out here
     if (!obj || slots[i].erased) continue;
     if (AcDbEntity::cast(obj) || AcDbSymbolTable::cast(obj) || AcDbSymbolTableRecord::cast(obj)) continue;
     const AcDbObjectId id = m_db.idAt(i);

@@ -1,0 +1,78 @@
+// Entities that the reader leaves as their text and builds on first use.
+#include <deque>
+
+#include "host/dxf/codec.h"
+#include "host/dxf/encoding.h"
+
+namespace host::dxf {
+
+bool isDeferrableKind(std::string_view kind) {
+  // Fully modelled, held by every version, owning nothing and naming no
+  // block: what the reader would build from them depends on their own text
+  // and the tables alone.
+  static constexpr std::string_view kKinds[] = {"LINE",  "ARC",   "CIRCLE", "LWPOLYLINE", "ELLIPSE",
+                                                "SPLINE", "TEXT", "MTEXT",  "POINT",      "SOLID",
+                                                "TRACE", "3DFACE", "HATCH", "LEADER"};
+  for (std::string_view k : kKinds)
+    if (k == kind) return true;
+  return false;
+}
+
+namespace {
+
+class EntityLoader final : public AcDbObjectLoader {
+ public:
+  void load(AcDbDatabase& db, AcDbObjectId id) override {
+    // The reader checked this text: tags and numbers are well formed.
+    TagReader reader(db.originalSource(id));
+    std::vector<Tag>& tags = m_tags;
+    std::vector<Tag>& own = m_own;
+    tags.clear();
+    std::deque<std::string> decodedValues;
+    Tag t;
+    while (reader.next(t)) {
+      if (t.value.find('\\') != std::string_view::npos &&
+          (t.value.find("\\U+") != std::string_view::npos || t.value.find("\\M+") != std::string_view::npos)) {
+        decodedValues.push_back(decodeEscapes(t.value));
+        t.value = decodedValues.back();
+      }
+      tags.push_back(t);
+    }
+    const std::string kind = tags.empty() ? std::string("LINE") : std::string(tags.front().value);
+    CommonFields common;
+    if (!tags.empty()) splitObject(tags, common, own);
+    Diagnostics quiet;  // what the reader had to say, it said while reading
+    ReadContext ctx(db, quiet);
+    PendingNames names;
+    AcDbEntity* entity = decodeEntity(kind, own, ctx, names);
+    if (!entity) entity = new AcDbGenericEntity(kind);
+    db.attachLoaded(id, entity);
+    AcDbDatabase::Slot* s = db.slot(id);
+    if (!s || s->object != entity) return;
+    // Filling in what the file said is no change to the drawing.
+    const bool writer = s->writer;
+    s->writer = true;
+    applyCommon(ctx, entity, common);
+    s->writer = writer;
+    // Every handle in the file is known by now: resolve references at once.
+    auto find = [&](AcDbHandle h) {
+      AcDbObjectId target;
+      db.getAcDbObjectId(target, false, h);
+      return target;
+    };
+    for (const auto& [unused, h] : ctx.pending.extensionDictionaries) entity->extras().extensionDictionary = find(h);
+    for (const auto& [unused, hs] : ctx.pending.reactors)
+      for (AcDbHandle h : hs) entity->extras().persistentReactors.append(find(h));
+    if (s->owner.isNull())
+      for (const auto& [unused, h] : ctx.pending.owners) s->owner = find(h);
+  }
+
+ private:
+  std::vector<Tag> m_tags, m_own;  // reused from entity to entity
+};
+
+}  // namespace
+
+std::unique_ptr<AcDbObjectLoader> makeEntityLoader() { return std::make_unique<EntityLoader>(); }
+
+}  // namespace host::dxf

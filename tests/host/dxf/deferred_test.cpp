@@ -1,0 +1,176 @@
+// Entities of the common kinds are read as text and built on first use:
+// they must come out as an eager build would, and write back untouched.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "host/db/operations.h"
+#include "host/dxf/dxf_file.h"
+#include "host/dxf/tags.h"
+
+namespace {
+using host::dxf::Diagnostics;
+using host::dxf::DxfDrawing;
+
+// An R2000 drawing: one layer "0", the entities given, and a dictionary
+// (handle 30) and an xrecord (31) that a line refers to.
+std::string drawing(const std::string& entities) {
+  return "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  9\n$HANDSEED\n  5\n100\n  0\nENDSEC\n"
+         "  0\nSECTION\n  2\nTABLES\n  0\nTABLE\n  2\nLAYER\n  5\n2\n330\n0\n100\nAcDbSymbolTable\n 70\n1\n"
+         "  0\nLAYER\n  5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n  2\n0\n 70\n0\n 62\n7\n"
+         "  6\nContinuous\n  0\nENDTAB\n  0\nENDSEC\n"
+         "  0\nSECTION\n  2\nENTITIES\n" +
+         entities +
+         "  0\nENDSEC\n"
+         "  0\nSECTION\n  2\nOBJECTS\n"
+         "  0\nDICTIONARY\n  5\nC\n330\n0\n100\nAcDbDictionary\n  3\nNOTES\n350\n31\n"
+         "  0\nDICTIONARY\n  5\n30\n330\n20\n100\nAcDbDictionary\n"
+         "  0\nXRECORD\n  5\n31\n330\nC\n100\nAcDbXrecord\n  1\nnote\n"
+         "  0\nENDSEC\n  0\nEOF\n";
+}
+
+const std::string kLine =
+    "  0\nLINE\n  5\n20\n102\n{ACAD_XDICTIONARY\n360\n30\n102\n}\n102\n{ACAD_REACTORS\n330\n31\n102\n}\n"
+    "330\n1F\n100\nAcDbEntity\n  8\n\\U+5C3A\\U+5BF8\\U+7EBF\n  6\nDASHED\n 62\n1\n100\nAcDbLine\n"
+    " 10\n1.0\n 20\n2.0\n 30\n0.0\n 11\n4.0\n 21\n6.0\n 31\n0.0\n1001\nACAD\n1000\nkept\n";
+const std::string kPaperCircle =
+    "  0\nCIRCLE\n  5\n21\n100\nAcDbEntity\n 67\n1\n  8\n0\n100\nAcDbCircle\n 10\n0.0\n 20\n0.0\n 30\n0.0\n 40\n3.0\n";
+
+AcDbObjectIdArray entitiesOf(AcDbObjectId block) {
+  AcDbObjectPointer<AcDbBlockTableRecord> rec(block, AcDb::kForRead);
+  return rec ? rec->entityList() : AcDbObjectIdArray();
+}
+
+TEST(DxfDeferredEntities, AreBuiltOnFirstOpenWithEverythingTheFileSays) {
+  const std::string text = drawing(kLine + kPaperCircle);
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(text, d, diag)) << diag.error;
+  // Undefined layers and linetypes are found while reading, not on first use.
+  std::string warnings;
+  for (const auto& w : diag.warnings) warnings += w + "\n";
+  EXPECT_NE(warnings.find("layer '尺寸线'"), std::string::npos) << warnings;
+  EXPECT_NE(warnings.find("DASHED"), std::string::npos) << warnings;
+
+  const AcDbObjectIdArray model = entitiesOf(d.database->modelSpaceId());
+  const AcDbObjectIdArray paper = entitiesOf(d.database->paperSpaceId());
+  ASSERT_EQ(model.length(), 1);
+  ASSERT_EQ(paper.length(), 1);  // the space flag is read before the entity is built
+  EXPECT_TRUE(model[0].isValid());
+  EXPECT_EQ(model[0].handle().toHex(), "20");
+
+  AcDbObjectId dict, xrec;
+  d.database->getAcDbObjectId(dict, false, AcDbHandle::fromHex("30"));
+  d.database->getAcDbObjectId(xrec, false, AcDbHandle::fromHex("31"));
+  {
+    AcDbObjectPointer<AcDbLine> line(model[0], AcDb::kForRead);
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line->layer(), "尺寸线");
+    EXPECT_EQ(line->linetype(), "DASHED");
+    EXPECT_EQ(line->colorIndex(), 1);
+    EXPECT_EQ(line->startPoint(), AcGePoint3d(1, 2, 0));
+    EXPECT_EQ(line->endPoint(), AcGePoint3d(4, 6, 0));
+    EXPECT_EQ(line->extensionDictionary(), dict);
+    ASSERT_NE(line->extrasIfAny(), nullptr);
+    ASSERT_EQ(line->extrasIfAny()->persistentReactors.length(), 1);
+    EXPECT_EQ(line->extrasIfAny()->persistentReactors[0], xrec);
+    resbuf* xd = line->xData("ACAD");
+    ASSERT_NE(xd, nullptr);
+    ASSERT_NE(xd->rbnext, nullptr);
+    EXPECT_STREQ(xd->rbnext->resval.rstring, "kept");
+    acutRelRb(xd);
+    EXPECT_EQ(line->ownerId(), d.database->modelSpaceId());
+  }
+  AcDbObjectPointer<AcDbCircle> circle(paper[0], AcDb::kForRead);
+  ASSERT_TRUE(circle);
+  EXPECT_EQ(circle->radius(), 3.0);
+}
+
+TEST(DxfDeferredEntities, WriteBackUntouchedUntilChangedAndErase) {
+  const std::string text = drawing(kLine + kPaperCircle);
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(text, d, diag)) << diag.error;
+  const AcDbObjectId line = entitiesOf(d.database->modelSpaceId())[0];
+  const AcDbObjectId circle = entitiesOf(d.database->paperSpaceId())[0];
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag)) << diag.error;
+  EXPECT_NE(out.find(kLine), std::string::npos);  // never built, copied as it was
+  // Reading an entity builds it but changes nothing in the file.
+  { AcDbObjectPointer<AcDbLine> l(line, AcDb::kForRead); }
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
+  EXPECT_NE(out.find(kLine), std::string::npos);
+  {
+    AcDbObjectPointer<AcDbLine> l(line, AcDb::kForWrite);
+    ASSERT_TRUE(l);
+    l->setEndPoint({40, 60, 0});
+    AcDbObjectPointer<AcDbCircle> c(circle, AcDb::kForWrite);
+    ASSERT_TRUE(c);
+    c->erase();
+  }
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
+  EXPECT_EQ(out.find(kLine), std::string::npos);
+  EXPECT_EQ(out.find("CIRCLE"), std::string::npos);
+  DxfDrawing again;
+  ASSERT_TRUE(host::dxf::readDxfText(out, again, diag)) << diag.error;
+  const AcDbObjectIdArray model = entitiesOf(again.database->modelSpaceId());
+  ASSERT_EQ(model.length(), 1);
+  AcDbObjectPointer<AcDbLine> l(model[0], AcDb::kForRead);
+  ASSERT_TRUE(l);
+  EXPECT_EQ(l->endPoint(), AcGePoint3d(40, 60, 0));
+  EXPECT_EQ(l->layer(), "尺寸线");
+  EXPECT_FALSE(l->extensionDictionary().isNull());  // what was not modelled was merged back
+  resbuf* xd = l->xData("ACAD");
+  EXPECT_NE(xd, nullptr);
+  acutRelRb(xd);
+}
+
+TEST(DxfDeferredEntities, KeepTheReadersChecksAndHandleRules) {
+  // A bad number inside a deferred entity is still an error at its line.
+  std::string bad = drawing(kPaperCircle);
+  bad.replace(bad.find("3.0\n"), 3, "3,x");
+  DxfDrawing d;
+  Diagnostics diag;
+  EXPECT_FALSE(host::dxf::readDxfText(bad, d, diag));
+  EXPECT_NE(diag.error.find("group code 40 expects a number"), std::string::npos) << diag.error;
+  const auto valueLine = std::count(bad.begin(), bad.begin() + static_cast<long>(bad.find("3,x")), '\n') + 1;
+  EXPECT_NE(diag.error.find("line " + std::to_string(valueLine) + ":"), std::string::npos) << diag.error;
+  // A handle used twice: the second entity gets a fresh one, with a warning.
+  DxfDrawing twice;
+  Diagnostics td;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(kPaperCircle + kPaperCircle), twice, td)) << td.error;
+  const AcDbObjectIdArray paper = entitiesOf(twice.database->paperSpaceId());
+  ASSERT_EQ(paper.length(), 2);
+  EXPECT_NE(paper[0].handle(), paper[1].handle());
+  bool warned = false;
+  for (const auto& w : td.warnings) warned = warned || w.find("used twice") != std::string::npos;
+  EXPECT_TRUE(warned);
+}
+
+TEST(DxfTags, LinesInEveryFormWritersUse) {
+  // Padded and bare codes, CRLF endings, a negative code, a five-character
+  // code line, empty values and a last line without its ending.
+  const std::string text = "  0\r\nLINE\r\n8\n\n   10\n1.5\n-1\nx\n00010\ny\n  1\n \nEOF";
+  host::dxf::TagReader r(text);
+  struct Want {
+    int code;
+    std::string_view value;
+    std::size_t line;
+  };
+  const Want want[] = {{0, "LINE", 1}, {8, "", 3}, {10, "1.5", 5}, {-1, "x", 7}, {10, "y", 9}, {1, " ", 11}};
+  host::dxf::Tag t;
+  for (const Want& w : want) {
+    ASSERT_TRUE(r.next(t)) << r.error();
+    EXPECT_EQ(t.code, w.code);
+    EXPECT_EQ(t.value, w.value);
+    EXPECT_EQ(t.line, w.line);
+  }
+  EXPECT_FALSE(r.next(t));  // "EOF" alone is a code line that is no number
+  EXPECT_NE(r.error().find("line 13"), std::string::npos) << r.error();
+  // Offsets point at the code lines.
+  host::dxf::TagReader again(text);
+  ASSERT_TRUE(again.next(t) && again.next(t));
+  EXPECT_EQ(t.offset, text.find("8\n"));
+}
+
+}  // namespace
