@@ -31,8 +31,7 @@ class EntityLoader final : public AcDbObjectLoader {
     std::deque<std::string> decodedValues;
     Tag t;
     while (reader.next(t)) {
-      if (t.value.find('\\') != std::string_view::npos &&
-          (t.value.find("\\U+") != std::string_view::npos || t.value.find("\\M+") != std::string_view::npos)) {
+      if (hasEscapes(t.value)) {
         decodedValues.push_back(decodeEscapes(t.value));
         t.value = decodedValues.back();
       }

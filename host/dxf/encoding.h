@@ -17,6 +17,11 @@ std::string iconvName(std::string_view dwgCodePage);
 std::string decodeToUtf8(std::string_view text, const std::string& dwgCodePage);
 // Replaces \U+XXXX and \M+nXXXX escapes by the characters they stand for.
 std::string decodeEscapes(std::string_view utf8);
+// Whether decodeEscapes would change the text.
+inline bool hasEscapes(std::string_view text) {
+  return text.find('\\') != std::string_view::npos &&
+         (text.find("\\U+") != std::string_view::npos || text.find("\\M+") != std::string_view::npos);
+}
 // Encodes UTF-8 text for a file in the named code page; characters the page
 // cannot hold become \U+XXXX escapes.
 std::string encodeFromUtf8(std::string_view utf8, const std::string& dwgCodePage);

@@ -72,14 +72,18 @@ class Reader {
     if (m_tags.failed()) return fail(m_tags.error());
     return false;
   }
+  // The next tag of the object that first starts, its number checked;
+  // false at the object's end (end is then its end offset) or on an error.
+  bool nextOwnTag(const Tag& first, Tag& t, std::size_t& end);
+  [[gnu::noinline, gnu::cold]] bool failInside(const Tag& first);
+  [[gnu::noinline, gnu::cold]] bool failNotANumber(const Tag& t);
   // The tags of one object, from its "0" tag to the next; numbers are checked.
   bool collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end);
   bool expectEnd(std::string_view what);
   // The tag with \U+XXXX and \M+nXXXX escapes in its value replaced by the
   // characters (the source text itself keeps them, for writing back).
   Tag decoded(Tag t) {
-    if (t.value.find('\\') == std::string_view::npos) return t;
-    if (t.value.find("\\U+") == std::string_view::npos && t.value.find("\\M+") == std::string_view::npos) return t;
+    if (!hasEscapes(t.value)) return t;
     m_decoded.push_back(decodeEscapes(t.value));
     t.value = m_decoded.back();
     return t;
@@ -133,25 +137,34 @@ class Reader {
   bool m_sawEof = false;
 };
 
+inline bool Reader::nextOwnTag(const Tag& first, Tag& t, std::size_t& end) {
+  if (!next(t)) return failInside(first);
+  if (t.code == 0) {
+    m_tags.unread();
+    end = t.offset;
+    return false;
+  }
+  if (expectsNumber(t.code) && !looksNumeric(t.value)) return failNotANumber(t);
+  return true;
+}
+
+bool Reader::failInside(const Tag& first) {
+  if (!m_diag.error.empty()) return false;
+  return fail(where(first.line) + ": the file ends inside " + std::string(first.value) + " (no EOF marker)");
+}
+
+bool Reader::failNotANumber(const Tag& t) {
+  // The value's own line (the one after its group code).
+  return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
+              std::string(t.value.substr(0, 40)) + "'");
+}
+
 bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end) {
   tags.clear();
   tags.push_back(first);
   Tag t;
-  while (next(t)) {
-    if (t.code == 0) {
-      m_tags.unread();
-      end = t.offset;
-      return true;
-    }
-    if (expectsNumber(t.code) && !looksNumeric(t.value)) {
-      // The value's own line (the one after its group code).
-      return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
-                  std::string(t.value.substr(0, 40)) + "'");
-    }
-    tags.push_back(decoded(t));
-  }
-  if (!m_diag.error.empty()) return false;
-  return fail(where(first.line) + ": the file ends inside " + std::string(first.value) + " (no EOF marker)");
+  while (nextOwnTag(first, t, end)) tags.push_back(decoded(t));
+  return m_diag.error.empty();
 }
 
 bool Reader::run() {
@@ -498,19 +511,7 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
   bool hasSubclasses = false, inEntitySubclass = false, inGroup = false, inXdata = false;
   std::size_t end = 0;
   Tag t;
-  while (true) {
-    if (!next(t)) {
-      if (!m_diag.error.empty()) return false;
-      return fail(where(first.line) + ": the file ends inside " + std::string(first.value) + " (no EOF marker)");
-    }
-    if (t.code == 0) {
-      m_tags.unread();
-      end = t.offset;
-      break;
-    }
-    if (expectsNumber(t.code) && !looksNumeric(t.value))
-      return fail(where(t.line + 1) + ": group code " + std::to_string(t.code) + " expects a number, found '" +
-                  std::string(t.value.substr(0, 40)) + "'");
+  while (nextOwnTag(first, t, end)) {
     if (inXdata) continue;
     if (t.code >= 1000) {
       inXdata = true;
@@ -547,6 +548,7 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
       default: break;
     }
   }
+  if (!m_diag.error.empty()) return false;
   const Fields& f = hasSubclasses ? entity : plain;
   AcDbObjectId id;
   if (m_db.addDeferredObject(id, handle, first.offset, static_cast<std::uint32_t>(end - first.offset)) != Acad::eOk)
