@@ -111,6 +111,18 @@ class Writer {
   std::uint64_t m_nextHandle = 1;
 };
 
+namespace {
+// The objects that follow the first in a span, from their "0" tag on.
+std::string_view followers(std::string_view span) {
+  TagReader r(span);
+  Tag t;
+  if (!r.next(t)) return {};
+  while (r.next(t))
+    if (t.code == 0) return span.substr(t.offset);
+  return {};
+}
+}  // namespace
+
 void Writer::object(AcDbObjectId id) {
   const AcDbDatabase::Slot* s = m_db.slot(id);
   if (!s || s->erased) return;
@@ -130,8 +142,12 @@ void Writer::object(AcDbObjectId id) {
   } else {
     TagList list;
     if (encodeObject(*s->object, list, m_ctx)) {
-      if (m_useSpans) mergeUnmodelled(m_db.originalSource(id), list);
+      const std::string_view original = m_useSpans ? m_db.originalSource(id) : std::string_view();
+      mergeUnmodelled(original, list);
       tags(list);
+      // A kept kind read with followers (a mesh with its vertices and end
+      // marker) keeps them: the host holds nothing to regenerate them from.
+      if (AcDbGenericEntity::cast(s->object)) m_out += followers(original);
     } else if (AcDbGenericEntity::cast(s->object) || AcDbGenericObject::cast(s->object)) {
       // Nothing to regenerate from: the original text stands.
       if (m_useSpans) m_out += m_db.originalSource(id);
