@@ -76,6 +76,12 @@ void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>
       }
       break;
     }
+    if (t.code == 101) {
+      // An embedded object (the text of a multi-line attribute) runs to the
+      // extended data; its values are not the entity's own.
+      while (i + 1 < tags.size() && tags[i + 1].code < 1000) ++i;
+      continue;
+    }
     if (t.code == 102 && !t.value.empty() && t.value.front() == '{') {
       const std::string_view name = t.value;
       for (++i; i < tags.size() && !(tags[i].code == 102 && tags[i].value == "}"); ++i) {
