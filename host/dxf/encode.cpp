@@ -136,6 +136,7 @@ void polylineAsOldForm(Out& o, const AcDbPolyline& pl, WriteContext& ctx) {
     o.d(41, pl.constantWidth());
   }
   normal(o, pl.normal());
+  xdata(o, pl);  // the head's: after the vertices it would belong to the end marker
   for (const auto& v : pl.vertices()) {
     o.s(0, "VERTEX");
     if (ctx.handles) o.s(5, "~");  // filled in by the writer
@@ -163,6 +164,7 @@ void oldPolyline(Out& o, const AcDbCurve& c, const std::vector<AcDbPolylineVerte
   o.p(10, AcGePoint3d(0, 0, elevation));
   o.i(70, flags);
   normal(o, n);
+  xdata(o, c);  // the head's: after the vertices it would belong to the end marker
   for (const auto& v : verts) {
     o.s(0, "VERTEX");
     if (ctx.handles) o.s(5, v.handle.isNull() ? "~" : v.handle.toHex());
@@ -324,9 +326,11 @@ bool encodeEntity(const AcDbEntity& e, Out& o, WriteContext& ctx) {
   } else if (const auto* p2 = AcDb2dPolyline::cast(&e)) {
     oldPolyline(o, *p2, p2->vertices(), p2->fileFlags() | (p2->isClosed() ? 1 : 0), p2->elevation(), p2->normal(),
                 p2->sequenceEndHandle(), false, ctx);
+    return true;
   } else if (const auto* p3 = AcDb3dPolyline::cast(&e)) {
     oldPolyline(o, *p3, p3->vertices(), p3->fileFlags() | 8 | (p3->isClosed() ? 1 : 0), 0, AcGeVector3d::kZAxis,
                 p3->sequenceEndHandle(), true, ctx);
+    return true;
   } else if (const auto* ref = AcDbBlockReference::cast(&e)) {
     head(o, "INSERT", e, ctx);
     entityCommon(o, e, ctx);
