@@ -4,9 +4,11 @@ wrote from it. The written file must load without recovery and audit clean;
 both must hold the same entities (kind, handle, layer, attributes), table
 records and objects. Prints every difference; exits 1 when there is one.
 
-usage: compare_drawings.py ORIGINAL WRITTEN [--ignore-handles H,...] [--repaired] [--converted]
+usage: compare_drawings.py ORIGINAL WRITTEN [--ignore-handles H,...] [--repaired] [--converted] [--rebuilt]
   --repaired   tables and objects may differ (the written file was repaired)
   --converted  the written file is in another version
+  --rebuilt    the written entities were encoded afresh: an attribute written
+               with its default value is the same as one left out
 """
 import math
 import sys
@@ -45,14 +47,24 @@ def same_value(a, b):
     return a == b
 
 
+def is_default(e, key, value):
+    try:
+        default = e.dxf.get_default(key)
+    except Exception:
+        return False
+    return default is not None and same_value(value, default)
+
+
 def entity_key(e):
     return (e.dxftype(), e.dxf.handle)
 
 
-def describe_entities(layout):
+def describe_entities(layout, rebuilt=False):
     out = {}
     for e in layout:
         attribs = e.dxfattribs(drop={"owner", "handle"})
+        if rebuilt:
+            attribs = {k: v for k, v in attribs.items() if not is_default(e, k, v)}
         extra = []
         if e.dxftype() == "LWPOLYLINE":
             extra = [tuple(p) for p in e.get_points()]
@@ -91,11 +103,12 @@ def main():
     ignore = set()
     repaired = "--repaired" in args
     converted = "--converted" in args
+    rebuilt = "--rebuilt" in args
     if "--ignore-handles" in args:
         i = args.index("--ignore-handles")
         ignore = set(args[i + 1].split(","))
         del args[i:i + 2]
-    args = [a for a in args if a not in ("--repaired", "--converted")]
+    args = [a for a in args if a not in ("--repaired", "--converted", "--rebuilt")]
     original_path, written_path = args
     original, original_recovered = load(original_path, True)
     written, recovered = load(written_path, repaired)
@@ -110,14 +123,15 @@ def main():
             problems.append(f"audit error: {err.message}")
     if original.dxfversion != written.dxfversion and not converted:
         problems.append(f"version {original.dxfversion} became {written.dxfversion}")
-    compare_maps("modelspace", describe_entities(original.modelspace()), describe_entities(written.modelspace()),
-                 problems, ignore)
+    compare_maps("modelspace", describe_entities(original.modelspace(), rebuilt),
+                 describe_entities(written.modelspace(), rebuilt), problems, ignore)
     for block in original.blocks:
         other = written.blocks.get(block.name)
         if other is None:
             problems.append(f"block {block.name} is missing")
             continue
-        compare_maps(f"block {block.name}", describe_entities(block), describe_entities(other), problems, ignore)
+        compare_maps(f"block {block.name}", describe_entities(block, rebuilt), describe_entities(other, rebuilt),
+                     problems, ignore)
     for table in ("layers", "linetypes", "styles", "dimstyles", "appids", "ucs", "views", "viewports"):
         names_a = sorted(str(r.dxf.name) for r in getattr(original, table))
         names_b = sorted(str(r.dxf.name) for r in getattr(written, table))

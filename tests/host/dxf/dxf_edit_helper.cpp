@@ -2,6 +2,9 @@
 // (a new outline on a new layer, a task store under the named objects, a
 // layer switched off, an entity moved to another layer, one erased), saves
 // it and prints the handles it touched, for an ezdxf-based checker.
+// With --rebuild it changes nothing but opens every entity for write, so
+// that each is written from what the host built of it: ezdxf then judges the
+// building against the original.
 #include <cstdio>
 #include <string>
 
@@ -10,7 +13,7 @@
 
 int main(int argc, char** argv) {
   if (argc < 3) {
-    std::fprintf(stderr, "usage: dxf_edit_helper IN OUT [--version V]\n");
+    std::fprintf(stderr, "usage: dxf_edit_helper IN OUT [--version V | --rebuild]\n");
     return 2;
   }
   host::dxf::DxfDrawing d;
@@ -20,6 +23,21 @@ int main(int argc, char** argv) {
     return 1;
   }
   AcDbDatabase* db = d.database.get();
+  if (argc >= 4 && std::string(argv[3]) == "--rebuild") {
+    std::size_t rebuilt = 0;
+    for (std::size_t i = 0; i < db->numObjects(); ++i) {
+      AcDbEntity* e = nullptr;
+      if (acdbOpenObject(e, db->idAt(static_cast<std::uint32_t>(i)), AcDb::kForWrite) != Acad::eOk) continue;
+      e->close();
+      ++rebuilt;
+    }
+    if (!host::dxf::writeDxfFile(argv[2], d, {}, diag)) {
+      std::fprintf(stderr, "%s\n", diag.error.c_str());
+      return 1;
+    }
+    std::printf("rebuilt %zu\n", rebuilt);
+    return 0;
+  }
   const bool unicode = d.info.acadVer >= "AC1021" || d.info.codePage == "ANSI_936";
   std::string changed, added;
   auto note = [](std::string& list, AcDbObjectId id) { list += (list.empty() ? "" : ",") + id.handle().toHex(); };

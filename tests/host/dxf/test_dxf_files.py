@@ -5,8 +5,11 @@
 - edits made through the host (a new outline, a task store, a layer off,
   a moved line, an erased circle) read back right in every version;
 - an R2010 drawing converts to every version from R2000 to R2018;
+- every entity, opened for write and so written from what the host built
+  of it, reads back in ezdxf as the original did;
 - Chinese names and text survive R2000 ANSI_936 and R2010 UTF-8 files;
-- every real drawing of the shared corpus round-trips (when it is present).
+- every real drawing of the shared corpus round-trips and rebuilds (when it
+  is present).
 
 usage: test_dxf_files.py BUILD_DIR [CORPUS_DIR]
 """
@@ -58,6 +61,16 @@ def main():
         code, out = run([PY, check, src, dst, lines.get("changed", ""), lines.get("added", "")])
         return out if code else None
 
+    def rebuild(src, name):
+        # Every entity written from what the host built of it, judged
+        # against the original by ezdxf.
+        dst = os.path.join(tmp, "rebuilt_" + name)
+        code, out = run([helper, src, dst, "--rebuild"])
+        if code:
+            return f"rebuild failed: {out}"
+        code, out = run([PY, compare, src, dst, "--rebuilt"])
+        return out if code else None
+
     def chinese(name, encoding):
         data = open(os.path.join(tmp, "edit_" + name), "rb").read()
         missing = [t for t in ("尺寸线", "计算包络线成功") if t.encode(encoding) not in data]
@@ -68,6 +81,7 @@ def main():
         name = os.path.basename(src)
         cases.append((f"round trip {name}", lambda s=src, n=name: round_trip(s, n)))
         cases.append((f"edit {name}", lambda s=src, n=name: edit(s, n)))
+        cases.append((f"rebuild {name}", lambda s=src, n=name: rebuild(s, n)))
     r2010 = os.path.join(tmp, "ascii_R2010.dxf")
     for version in ("R2000", "R2004", "R2007", "R2013", "R2018"):
         cases.append((f"convert R2010 to {version}",
@@ -79,6 +93,7 @@ def main():
         for src in sorted(glob.glob(os.path.join(corpus, "*.dxf"))):
             name = os.path.basename(src)
             cases.append((f"corpus {name}", lambda s=src, n=name: round_trip(s, "corpus_" + n)))
+            cases.append((f"corpus rebuild {name}", lambda s=src, n=name: rebuild(s, "corpus_" + n)))
     else:
         print("the shared corpus is not here; its cases are skipped")
 
