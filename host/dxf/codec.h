@@ -123,6 +123,11 @@ std::string_view tableName(const AcDbObject& table);
 // marker), so that data the host does not model survives a change.
 void mergeUnmodelled(std::string_view original, TagList& out);
 
+// Adds to out, before its extended data, the tags of an R12 original that
+// out lacks, under the subclass marker given (none when empty): kinds the
+// host keeps as text then reach a newer file with their data.
+void carryOldFormTags(std::string_view original, std::string_view subclass, TagList& out);
+
 // Formatting helpers.
 std::string handleText(AcDbObjectId id);
 std::string degrees(double radians);

@@ -623,10 +623,37 @@ void encodeTableRecord(const AcDbSymbolTableRecord& rec, std::string_view table,
     marker(o, ctx, "AcDbBlockTableRecord");
     o.s(2, rec.getName());
   } else {
+    // Kept tables: the record's own marker, which newer forms require.
+    if (table == "VPORT") marker(o, ctx, "AcDbViewportTableRecord");
+    else if (table == "VIEW") marker(o, ctx, "AcDbViewTableRecord");
+    else if (table == "UCS") marker(o, ctx, "AcDbUCSTableRecord");
+    else if (table == "DIMSTYLE") marker(o, ctx, "AcDbDimStyleTableRecord");
     o.s(2, rec.getName());
     o.i(70, rec.flags());
   }
   xdata(o, rec);
+}
+
+void carryOldFormTags(std::string_view original, std::string_view subclass, TagList& out) {
+  std::vector<int> present;
+  for (const auto& [code, value] : out) present.push_back(code);
+  TagList carried;
+  if (!subclass.empty()) carried.emplace_back(100, std::string(subclass));
+  TagReader r(original);
+  Tag t;
+  bool first = true;
+  while (r.next(t)) {
+    if (first) {
+      first = false;
+      continue;  // the "0" tag
+    }
+    if (t.code == 0 || t.code >= 1000) break;  // followers, or extended data (written from the host)
+    if (t.code == 5 || t.code == 105) continue;
+    if (std::find(present.begin(), present.end(), t.code) != present.end()) continue;
+    carried.emplace_back(t.code, std::string(t.value));
+  }
+  const auto at = std::find_if(out.begin(), out.end(), [](const auto& tag) { return tag.first >= 1000; });
+  out.insert(at, carried.begin(), carried.end());
 }
 
 bool encodeObject(const AcDbObject& obj, TagList& list, WriteContext& ctx) {

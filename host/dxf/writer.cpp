@@ -80,6 +80,8 @@ class Writer {
       tag(code, value);
     }
   }
+  // Written in a newer form than the R12 file it was read from.
+  bool fromOldForm() const { return !m_useSpans && m_d.info.acadVer < "AC1012"; }
   std::string_view span(AcDbObjectId id) const { return m_useSpans ? m_db.unmodifiedSource(id) : std::string_view(); }
   bool keepsKind(const AcDbObject& obj) {
     const auto* g = AcDbGenericEntity::cast(&obj);
@@ -136,6 +138,14 @@ void Writer::object(AcDbObjectId id) {
   }
   if (!m_db.objectAt(id)) return;
   if (!keepsKind(*s->object)) return;
+  const auto* kept = AcDbGenericEntity::cast(s->object);
+  if (kept && fromOldForm() && kept->dxfName() != "SHAPE" && kept->dxfName() != "BLOCK" &&
+      kept->dxfName() != "ENDBLK" && kept->dxfName() != "SEQEND") {
+    // Its newer form needs subclass markers that only the host's model of
+    // the kind could place.
+    m_diag.warn(kept->dxfName() + " " + s->handle.toHex() + " cannot be converted from R12 and was left out");
+    return;
+  }
   const std::string_view sp = span(id);
   if (!sp.empty()) {
     m_out += sp;
@@ -144,6 +154,8 @@ void Writer::object(AcDbObjectId id) {
     if (encodeObject(*s->object, list, m_ctx)) {
       const std::string_view original = m_useSpans ? m_db.originalSource(id) : std::string_view();
       mergeUnmodelled(original, list);
+      if (kept && fromOldForm() && kept->dxfName() == "SHAPE")
+        carryOldFormTags(m_db.originalSource(id), "AcDbShape", list);
       tags(list);
       // A kept kind read with followers (a mesh with its vertices and end
       // marker) keeps them: the host holds nothing to regenerate them from.
@@ -290,6 +302,8 @@ void Writer::tables() {
       TagList list;
       encodeTableRecord(*AcDbSymbolTableRecord::cast(s->object), name, list, m_ctx);
       if (m_useSpans) mergeUnmodelled(m_db.originalSource(recId), list);
+      else if (fromOldForm() && AcDbGenericTableRecord::cast(s->object))
+        carryOldFormTags(m_db.originalSource(recId), "", list);
       tags(list);
     }
     tag(0, "ENDTAB");
