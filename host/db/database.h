@@ -5,7 +5,6 @@
 #include <string_view>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "host/db/object.h"
@@ -176,8 +175,8 @@ class AcDbDatabase {
 
   std::uint32_t m_serial = 0;
   host::ChunkedStore<Slot> m_slots;  // stable addresses, cheap growth
-  std::unique_ptr<HandleIndex> m_byHandle;
-  std::unique_ptr<AcDbObjectLoader> m_loader;  // built on first look-up
+  std::unique_ptr<HandleIndex> m_byHandle;  // built on first look-up
+  std::unique_ptr<AcDbObjectLoader> m_loader;
   AcDbHandle m_handseed{1};
   std::vector<AcDbDatabaseReactor*> m_reactors;
   std::vector<AcDbHeaderVariable> m_header;

@@ -29,7 +29,6 @@ class HandleIndex {
     return e.handle == handle ? e.index : kNone;
   }
   bool contains(std::uint64_t handle) const { return find(handle) != kNone; }
-  std::size_t size() const { return m_count; }
 
  private:
   struct Entry {

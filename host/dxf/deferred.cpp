@@ -37,9 +37,10 @@ class EntityLoader final : public AcDbObjectLoader {
       }
       tags.push_back(t);
     }
-    const std::string kind = tags.empty() ? std::string("LINE") : std::string(tags.front().value);
+    if (tags.empty()) return;  // no slot is deferred without its text
+    const std::string kind(tags.front().value);
     CommonFields common;
-    if (!tags.empty()) splitObject(tags, common, own);
+    splitObject(tags, common, own);
     Diagnostics quiet;  // what the reader had to say, it said while reading
     ReadContext ctx(db, quiet);
     PendingNames names;

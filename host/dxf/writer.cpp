@@ -128,13 +128,12 @@ std::string_view followers(std::string_view span) {
 void Writer::object(AcDbObjectId id) {
   const AcDbDatabase::Slot* s = m_db.slot(id);
   if (!s || s->erased) return;
+  const std::string_view sp = span(id);
   // A deferred object is as it was read and of a kind every version holds:
   // its span is all there is to write, unless the form changes.
-  if (s->deferred) {
-    if (const std::string_view sp = span(id); !sp.empty()) {
-      m_out += sp;
-      return;
-    }
+  if (s->deferred && !sp.empty()) {
+    m_out += sp;
+    return;
   }
   if (!m_db.objectAt(id)) return;
   if (!keepsKind(*s->object)) return;
@@ -146,7 +145,6 @@ void Writer::object(AcDbObjectId id) {
     m_diag.warn(kept->dxfName() + " " + s->handle.toHex() + " cannot be converted from R12 and was left out");
     return;
   }
-  const std::string_view sp = span(id);
   if (!sp.empty()) {
     m_out += sp;
   } else {
@@ -159,8 +157,8 @@ void Writer::object(AcDbObjectId id) {
       tags(list);
       // A kept kind read with followers (a mesh with its vertices and end
       // marker) keeps them: the host holds nothing to regenerate them from.
-      if (AcDbGenericEntity::cast(s->object)) m_out += followers(original);
-    } else if (AcDbGenericEntity::cast(s->object) || AcDbGenericObject::cast(s->object)) {
+      if (kept) m_out += followers(original);
+    } else if (kept || AcDbGenericObject::cast(s->object)) {
       // Nothing to regenerate from: the original text stands.
       if (m_useSpans) m_out += m_db.originalSource(id);
     }
