@@ -7,7 +7,8 @@ packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libocct-data-exchange-dev libtbb-dev
-  python3-ezdxf
+  python3-ezdxf python3-openpyxl
+  libxlsxwriter-dev
   qt6-base-dev qt6-svg-dev fonts-wqy-microhei
 )
 

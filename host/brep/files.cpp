@@ -27,6 +27,7 @@
 #include <map>
 #include <tuple>
 
+#include "host/base/file_replace.h"
 #include "host/brep/solid.h"
 
 namespace host::brep {
@@ -44,20 +45,6 @@ void Quiet() {
     return true;
   }();
   (void)done;
-}
-
-std::string TempBeside(const std::string& path) {
-  const std::filesystem::path target(path);
-  return (target.parent_path() / ("." + target.filename().string() + ".tmp")).string();
-}
-
-bool MoveIntoPlace(const std::string& tmp, const std::string& path, std::string& error) {
-  std::error_code ec;
-  std::filesystem::rename(tmp, path, ec);
-  if (!ec) return true;
-  std::filesystem::remove(tmp, ec);
-  error = path + ": could not move the new file into place";
-  return false;
 }
 
 }  // namespace
@@ -79,7 +66,7 @@ bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& e
     error = "the solid could not be turned into STEP";
     return false;
   }
-  const std::string tmp = TempBeside(path);
+  const std::string tmp = TempPathBeside(path);
   if (writer.Write(tmp.c_str()) != IFSelect_RetDone) {
     std::filesystem::remove(tmp);
     error = path + ": cannot write the STEP file";
@@ -124,7 +111,7 @@ bool WriteStl(const AcDb3dSolid& solid, const std::string& path, double chordalT
                            static_cast<float>(p[2].X()), static_cast<float>(p[2].Y()), static_cast<float>(p[2].Z())});
     }
   }
-  const std::string tmp = TempBeside(path);
+  const std::string tmp = TempPathBeside(path);
   {
     std::ofstream out(tmp, std::ios::binary);
     char header[80] = {};
