@@ -3,20 +3,87 @@
 #include <algorithm>
 
 #include "engine/encircle_line.h"
+#include "engine/spatial_index.h"
 #include "host/ge/line_seg3d.h"
 #include "util/entity_utils.h"
 
 namespace {
 CVKRect boxOf(const CLineInfo& line) { return CVKRect(line.m_ptStart, line.m_ptEnd, true); }
+
+// The first index of sorted whose point equals pt within tol, or -1: the
+// linear scan's answer, found through a grid of the sorted points.
+int FirstEqual(const AcArray<AcGePoint3d>& sorted, const engine::PointGrid& grid, const AcGePoint3d& pt,
+               const AcGeTol& tol) {
+  int first = -1;
+  grid.Any(pt, [&](std::uint32_t k) {
+    if ((first < 0 || static_cast<int>(k) < first) && sorted[static_cast<int>(k)].isEqualTo(pt, tol))
+      first = static_cast<int>(k);
+    return false;
+  });
+  return first;
+}
+
+engine::PointGrid GridOf(const AcArray<AcGePoint3d>& sorted, const AcGeTol& tol) {
+  engine::PointGrid grid(tol.equalPoint());
+  grid.Reserve(static_cast<std::size_t>(sorted.length()));
+  for (int k = 0; k < sorted.length(); ++k) grid.Add(sorted[k], static_cast<std::uint32_t>(k));
+  return grid;
+}
+
+// Cuts one record by the probes through the sorted points between its ends.
+// The points it gains come in probe order, and a point gained from a probe
+// at c lies within tol of c across the probes; so a new point can only equal
+// one gained from a probe no more than 3·tol before its own coordinate, and
+// the search for an equal point held stops there (probeAt keeps the probe
+// coordinate of each point gained).
+void CutBySlabs(CLineInfo& line, const AcArray<AcGePoint3d>& sorted, const engine::PointGrid& grid, bool bVertical,
+                double dExtent, const AcGeTol& tol, std::vector<double>& probeAt) {
+  int i = FirstEqual(sorted, grid, line.m_ptStart, tol);
+  int j = FirstEqual(sorted, grid, line.m_ptEnd, tol);
+  // A record whose ends are not both among the collected points is not cut.
+  if (i == -1 || j == -1) return;
+  if (i > j) std::swap(i, j);
+  const double eps = tol.equalPoint();
+  const std::size_t before = line.m_breakPts.size();
+  probeAt.clear();
+  const AcGeLineSeg3d seg(line.m_ptStart, line.m_ptEnd);
+  for (int k = i + 1; k < j; ++k) {
+    const AcGePoint3d p = sorted[k];
+    const AcGeLineSeg3d probe = bVertical
+                                    ? AcGeLineSeg3d(AcGePoint3d(p.x, p.y - dExtent, p.z), AcGePoint3d(p.x, p.y + dExtent, p.z))
+                                    : AcGeLineSeg3d(AcGePoint3d(p.x - dExtent, p.y, p.z), AcGePoint3d(p.x + dExtent, p.y, p.z));
+    AcGePoint3d q;
+    if (!seg.intersectWith(probe, q, tol) || !line.IsInteriorPoint(q, tol)) continue;
+    bool held = false;
+    for (std::size_t m = 0; m < before && !held; ++m) held = line.m_breakPts[m].isEqualTo(q, tol);
+    const double qc = bVertical ? q.x : q.y;
+    for (std::size_t m = line.m_breakPts.size(); m > before && !held; --m) {
+      if (probeAt[m - 1 - before] < qc - 3 * eps) break;
+      held = line.m_breakPts[m - 1].isEqualTo(q, tol);
+    }
+    if (held) continue;
+    line.m_breakPts.push_back(q);
+    probeAt.push_back(bVertical ? p.x : p.y);
+  }
+}
 }  // namespace
 
 void CEncircleLine::BreakLines(std::vector<CLineInfo>& lines) {
   const AcGeTol tol = m_info.m_tolPoint;
+  // Boxes that overlap (margin 1e-6) share a cell of the grid of boxes grown
+  // by 1e-5; the pairs are met in the order of the plain double loop.
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(lines.size());
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 1e-5));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<std::uint32_t> near;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const CVKRect bi = boxOf(lines[i]);
     const AcGeLineSeg3d si(lines[i].m_ptStart, lines[i].m_ptEnd);
-    for (std::size_t j = i + 1; j < lines.size(); ++j) {
-      if (!bi.Overlaps(boxOf(lines[j]))) continue;
+    grid.Candidates(boxes[i], near);
+    for (std::uint32_t j : near) {
+      if (j <= i || !bi.Overlaps(boxOf(lines[j]))) continue;
       const AcGeLineSeg3d sj(lines[j].m_ptStart, lines[j].m_ptEnd);
       AcGePoint3d q;
       if (!si.intersectWith(sj, q, tol)) continue;
@@ -32,42 +99,38 @@ void CEncircleLine::BreakLines2(std::vector<CLineInfo>& lines, bool bAllPoints, 
   const double d = m_info.m_dBreakLength;
   // The exclusion box: the drawing's box moved sideways by the break length.
   const CVKRect shifted = m_rect.Translated(AcGeVector3d(bShiftRight ? d : -d, 0, 0));
+  // The end points without repeats (within tol), in the order met.
   std::vector<AcGePoint3d> collected;
+  engine::PointGrid seen(tol.equalPoint());
+  seen.Reserve(2 * lines.size());
+  auto collect = [&](const AcGePoint3d& p) {
+    if (seen.Any(p, [&](std::uint32_t k) { return collected[k].isEqualTo(p, tol); })) return;
+    seen.Add(p, static_cast<std::uint32_t>(collected.size()));
+    collected.push_back(p);
+  };
   for (const CLineInfo& line : lines) {
     if (!bAllPoints && shifted.ContainsRect(boxOf(line))) continue;
-    AddBreakPoint(line.m_ptStart, collected, tol);
-    AddBreakPoint(line.m_ptEnd, collected, tol);
+    collect(line.m_ptStart);
+    collect(line.m_ptEnd);
   }
   const double w = std::max(m_rect.Width(), 0.0), h = std::max(m_rect.Height(), 0.0);
   AcArray<AcGePoint3d> sorted;
+  sorted.setPhysicalLength(static_cast<int>(collected.size()));
   for (const AcGePoint3d& p : collected) sorted.append(p);
-  if (bAllPoints) {
+  if (bAllPoints)
     std::sort(sorted.begin(), sorted.end(), [](const AcGePoint3d& a, const AcGePoint3d& b) { return a.x < b.x; });
-    for (CLineInfo& line : lines) CalBreakPoint(line, sorted, true, h);
-  } else {
+  else
     std::sort(sorted.begin(), sorted.end(), [](const AcGePoint3d& a, const AcGePoint3d& b) { return a.y < b.y; });
-    for (CLineInfo& line : lines) CalBreakPoint(line, sorted, false, w);
-  }
+  const engine::PointGrid grid = GridOf(sorted, tol);
+  std::vector<double> probeAt;
+  for (CLineInfo& line : lines) CutBySlabs(line, sorted, grid, bAllPoints, bAllPoints ? h : w, tol, probeAt);
   SplitLines(lines);
 }
 
 void CEncircleLine::CalBreakPoint(CLineInfo& line, const AcArray<AcGePoint3d>& sorted, bool bVertical,
                                   double dExtent) {
-  const AcGeTol tol = m_info.m_tolPoint;
-  int i = GetBreakIndex(sorted, line.m_ptStart, tol);
-  int j = GetBreakIndex(sorted, line.m_ptEnd, tol);
-  // A record whose ends are not both among the collected points is not cut.
-  if (i == -1 || j == -1) return;
-  if (i > j) std::swap(i, j);
-  const AcGeLineSeg3d seg(line.m_ptStart, line.m_ptEnd);
-  for (int k = i + 1; k < j; ++k) {
-    const AcGePoint3d p = sorted[k];
-    const AcGeLineSeg3d probe = bVertical
-                                    ? AcGeLineSeg3d(AcGePoint3d(p.x, p.y - dExtent, p.z), AcGePoint3d(p.x, p.y + dExtent, p.z))
-                                    : AcGeLineSeg3d(AcGePoint3d(p.x - dExtent, p.y, p.z), AcGePoint3d(p.x + dExtent, p.y, p.z));
-    AcGePoint3d q;
-    if (seg.intersectWith(probe, q, tol)) line.AddBreakPoint(q, tol);
-  }
+  std::vector<double> probeAt;
+  CutBySlabs(line, sorted, GridOf(sorted, m_info.m_tolPoint), bVertical, dExtent, m_info.m_tolPoint, probeAt);
 }
 
 void CEncircleLine::AddBreakPoint(AcGePoint3d pt, std::vector<AcGePoint3d>& pts, AcGeTol tol) {
@@ -101,11 +164,20 @@ bool CEncircleLine::SplitLine(CLineInfo& line, AcArray<AcDbObjectId>& ids) {
 }
 
 void CEncircleLine::SplitLines(std::vector<CLineInfo>& lines) {
+  // The records that are not cut keep their order; the pieces follow, in
+  // the order their parents were met.
   AcArray<AcDbObjectId> ids;
+  std::vector<AcDbObjectId> pieces;
+  std::size_t kept = 0;
   for (std::size_t k = 0; k < lines.size(); ++k) {
-    if (!SplitLine(lines[k], ids)) continue;
-    lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(k));
-    --k;  // the record that moved into its place comes next
-    for (AcDbObjectId id : ids) lines.emplace_back(id);
+    if (SplitLine(lines[k], ids)) {
+      pieces.insert(pieces.end(), ids.begin(), ids.end());
+      continue;
+    }
+    if (kept != k) lines[kept] = std::move(lines[k]);
+    ++kept;
   }
+  lines.resize(kept);
+  lines.reserve(kept + pieces.size());
+  for (AcDbObjectId id : pieces) lines.emplace_back(id);
 }

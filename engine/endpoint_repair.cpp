@@ -1,7 +1,9 @@
 // Orienting, ordering and connecting the visible pieces of one direction.
 #include <algorithm>
+#include <iterator>
 
 #include "engine/encircle_line.h"
+#include "engine/spatial_index.h"
 #include "host/ge/line_seg3d.h"
 
 void CEncircleLine::UpdateLineStartEndPt(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines) {
@@ -42,19 +44,37 @@ void CEncircleLine::ConnectBreakLine(E_RemoveLine_Dir dir, std::vector<CLineInfo
 
 void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
   constexpr double kFar = 10000.0, kSnap = 0.5;
+  // Only a record that comes within the snap limit of an end point can
+  // decide where the point goes: the running minima keep the first of the
+  // nearest candidates, and a nearest distance of 0.5 or more moves nothing.
+  // The candidates are therefore the records whose boxes, grown by the
+  // limit, hold the point, tried in the order of the full scan. Records move
+  // as the scan goes, each end point by less than the limit, so the boxes
+  // are grown by twice the limit (and a margin) once, up front.
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(lines.size());
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 2 * kSnap + 1e-3));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<std::uint32_t> nearS, nearE, near;
+  auto closer = [](const AcGePoint3d& from, const AcGePoint3d& to, double& best, AcGePoint3d& at) {
+    const double d = from.distanceTo(to);
+    if (d < best) {
+      best = d;
+      at = to;
+    }
+  };
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (!lines[i].m_bValid) continue;
     const AcGePoint3d S = lines[i].m_ptStart, E = lines[i].m_ptEnd;
     double dS = kFar, dE = kFar;
     AcGePoint3d pS, pE;
-    auto closer = [](const AcGePoint3d& from, const AcGePoint3d& to, double& best, AcGePoint3d& at) {
-      const double d = from.distanceTo(to);
-      if (d < best) {
-        best = d;
-        at = to;
-      }
-    };
-    for (std::size_t j = 0; j < lines.size(); ++j) {
+    grid.Candidates({S.x, S.y, S.x, S.y}, nearS);
+    grid.Candidates({E.x, E.y, E.x, E.y}, nearE);
+    near.clear();
+    std::merge(nearS.begin(), nearS.end(), nearE.begin(), nearE.end(), std::back_inserter(near));
+    near.erase(std::unique(near.begin(), near.end()), near.end());
+    for (std::uint32_t j : near) {
       if (j == i) continue;
       const AcGePoint3d Sj = lines[j].m_ptStart, Ej = lines[j].m_ptEnd;
       const AcGeLineSeg3d lj(Sj, Ej);

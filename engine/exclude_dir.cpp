@@ -1,9 +1,12 @@
 // The axis side of the outline: the closing line along the axis, what lies
 // beyond it, and what another direction already holds.
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "engine/encircle_line.h"
 #include "engine/line_geometry.h"
+#include "engine/spatial_index.h"
 #include "util/entity_utils.h"
 
 AcDbObjectId CEncircleLine::CreateTempLine(E_RemoveLine_Dir dir, double dCoord, std::vector<CLineInfo>& lines) {
@@ -42,35 +45,39 @@ void CEncircleLine::RemoveLineInExcludeDir(E_RemoveLine_Dir dir, double dCoord, 
     if (std::fabs(v - dCoord) < t) return true;  // on the line counts
     return (dir == 0 || dir == 3) ? v > dCoord : v < dCoord;
   };
-  for (std::size_t i = 0; i < lines.size();) {
-    if (!lines[i].m_bValid) {
-      ++i;
-      continue;
-    }
-    const double a = byY ? lines[i].m_ptStart.y : lines[i].m_ptStart.x;
-    const double b = byY ? lines[i].m_ptEnd.y : lines[i].m_ptEnd.x;
-    if (excluded(a) && excluded(b)) {
-      util::EraseEntity(lines[i].m_id);
-      lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(i));
-    } else {
-      ++i;
-    }
-  }
+  std::erase_if(lines, [&](const CLineInfo& r) {
+    if (!r.m_bValid) return false;
+    const double a = byY ? r.m_ptStart.y : r.m_ptStart.x;
+    const double b = byY ? r.m_ptEnd.y : r.m_ptEnd.x;
+    if (!excluded(a) || !excluded(b)) return false;
+    util::EraseEntity(r.m_id);
+    return true;
+  });
 }
 
 void CEncircleLine::RemoveLineInOtherDir(const std::vector<CLineInfo>& other, std::vector<CLineInfo>& lines) {
   const AcGeTol& line = m_info.m_tolLine;
   const double shrink = m_info.m_tolPoint.equalPoint();
-  for (std::size_t i = 0; i < lines.size();) {
-    const AcGePoint3d& si = lines[i].m_ptStart;
-    const AcGePoint3d& ei = lines[i].m_ptEnd;
-    const CVKRect ri = engine::RectOf(lines[i]);
-    bool remove = false;
-    for (const CLineInfo& o : other) {
+  // Each rule needs the two boxes to meet within the line tolerance, so the
+  // candidates come from a grid of the other records' boxes; whether any of
+  // them strikes does not depend on the order in which they are tried.
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(other.size());
+  for (const CLineInfo& o : other) boxes.push_back(engine::BoxOf(o, line.equalPoint() + 1e-5));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<std::uint32_t> near;
+  std::erase_if(lines, [&](const CLineInfo& rec) {
+    const AcGePoint3d& si = rec.m_ptStart;
+    const AcGePoint3d& ei = rec.m_ptEnd;
+    const CVKRect ri = engine::RectOf(rec);
+    grid.Candidates(engine::BoxOf(rec, line.equalPoint() + 1e-5), near);
+    for (std::uint32_t j : near) {
+      const CLineInfo& o = other[j];
       const bool same = (si.isEqualTo(o.m_ptStart, line) && ei.isEqualTo(o.m_ptEnd, line)) ||
                         (si.isEqualTo(o.m_ptEnd, line) && ei.isEqualTo(o.m_ptStart, line));
       const CVKRect rj = engine::RectOf(o);
-      const bool covered = engine::TestCollinear(lines[i], o, line.equalPoint()) == engine::Alignment::kCollinear &&
+      const bool covered = engine::TestCollinear(rec, o, line.equalPoint()) == engine::Alignment::kCollinear &&
                            rj.ContainsRect(ri);
       // The other box shrunk by the point tolerance on every side, never past its centre.
       CVKRect shrunk(rj);
@@ -80,13 +87,9 @@ void CEncircleLine::RemoveLineInOtherDir(const std::vector<CLineInfo>& other, st
       shrunk.m_ptMax.x -= sx;
       shrunk.m_ptMin.y += sy;
       shrunk.m_ptMax.y -= sy;
-      if (same || covered || ri.Overlaps(shrunk)) {
-        remove = true;
-        break;
-      }
+      // The record goes; its clone stays for the other direction's result.
+      if (same || covered || ri.Overlaps(shrunk)) return true;
     }
-    // The record goes; its clone stays for the other direction's result.
-    if (remove) lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(i));
-    else ++i;
-  }
+    return false;
+  });
 }

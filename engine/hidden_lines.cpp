@@ -3,6 +3,7 @@
 
 #include "engine/encircle_line.h"
 #include "engine/line_geometry.h"
+#include "engine/spatial_index.h"
 #include "host/ge/line_seg3d.h"
 #include "util/entity_utils.h"
 
@@ -85,29 +86,55 @@ bool CEncircleLine::IsPtInLineSpecifiedDir2(AcGePoint3d P, AcGePoint3d A, AcGePo
 std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines) {
   std::vector<CLineInfo> w = lines;
   UpdateLineStartEndPt(dir, w);
-  // The references keep every record, also those removed below: a record
-  // may be hidden by one that is itself hidden.
-  const std::vector<CLineInfo> refs = w;
+  // The references are the records as oriented, also those removed below: a
+  // record may be hidden by one that is itself hidden. Whether some
+  // reference hides a record does not depend on the order in which the
+  // references are tried, so they are tried nearest side first: along the
+  // probe a reference must span the midpoint, and it hides the midpoint only
+  // when its near end along the view lies within the tolerance of it.
+  const bool alongX = dir == 0 || dir == 1;
+  const bool ascending = dir == 0 || (dir != 1 && dir != 2);  // the near side has the smaller coordinate
+  const double tol = m_info.m_tolPoint.equalPoint();
+  const std::size_t n = w.size();
+  std::vector<double> lo(n), hi(n), key(n);
+  for (std::size_t r = 0; r < n; ++r) {
+    const AcGePoint3d& a = w[r].m_ptStart;
+    const AcGePoint3d& b = w[r].m_ptEnd;
+    lo[r] = alongX ? std::min(a.x, b.x) : std::min(a.y, b.y);
+    hi[r] = alongX ? std::max(a.x, b.x) : std::max(a.y, b.y);
+    const double nearLo = alongX ? std::min(a.y, b.y) : std::min(a.x, b.x);
+    const double nearHi = alongX ? std::max(a.y, b.y) : std::max(a.x, b.x);
+    key[r] = ascending ? nearLo : -nearHi;
+  }
+  engine::KeyedIntervals refs;
+  refs.Build(lo, hi, key);
+  const std::vector<CLineInfo> ref = w;
   const double fine = m_info.m_tolFine.equalPoint();
-  for (std::size_t k = 0; k < w.size(); ++k) {
-    bool hidden = RunsAlongView(w[k], dir, fine);
+  std::vector<char> gone(n, 0);
+  for (std::size_t k = 0; k < n; ++k) {
+    const CLineInfo& rec = ref[k];
+    bool hidden = RunsAlongView(rec, dir, fine);
     if (!hidden) {
-      const AcGePoint3d m = AcGePoint3d::mid(w[k].m_ptStart, w[k].m_ptEnd);
-      for (const CLineInfo& r : refs) {
-        if (r.m_id == w[k].m_id && !r.m_id.isNull()) continue;
-        if (w[k].IsEqual(r, m_info.m_tolPoint)) continue;
-        if (IsPtInLineSpecifiedDir2(m, r.m_ptStart, r.m_ptEnd, dir)) {
-          hidden = true;
-          break;
-        }
-      }
+      const AcGePoint3d m = AcGePoint3d::mid(rec.m_ptStart, rec.m_ptEnd);
+      const double along = alongX ? m.x : m.y;
+      const double view = alongX ? m.y : m.x;
+      // Keys past this bound cannot hide the midpoint.
+      const double bound = (ascending ? view : -view) + 3 * tol + 1e-9 * std::fabs(view);
+      refs.Visit(along, [&](std::uint32_t j, double keyJ) {
+        if (keyJ > bound) return false;
+        const CLineInfo& r = ref[j];
+        if (r.m_id == rec.m_id && !r.m_id.isNull()) return true;
+        if (rec.IsEqual(r, m_info.m_tolPoint)) return true;
+        hidden = IsPtInLineSpecifiedDir2(m, r.m_ptStart, r.m_ptEnd, dir);
+        return !hidden;
+      });
     }
     if (hidden) {
-      util::EraseEntity(w[k].m_id);
-      w.erase(w.begin() + static_cast<std::ptrdiff_t>(k));
-      --k;
+      util::EraseEntity(rec.m_id);
+      gone[k] = 1;
     }
   }
+  engine::EraseMarked(w, gone);
   return w;
 }
 

@@ -3,6 +3,7 @@
 
 #include "engine/encircle_line.h"
 #include "engine/line_geometry.h"
+#include "engine/spatial_index.h"
 #include "util/entity_utils.h"
 
 namespace {
@@ -51,57 +52,78 @@ void CEncircleLine::RemoveCrossLine(std::vector<CLineInfo>& lines) {
 void CEncircleLine::RemoveRepeatLine2(std::vector<CLineInfo>& lines) {
   const AcGeTol& tol = m_info.m_tolPoint;
   const double t = m_info.m_tolLine.equalPoint();
-  for (std::size_t i = 0; i < lines.size();) {
-    if (!lines[i].m_bValid) {
-      ++i;
-      continue;
-    }
+  // Only a record near record i can be its duplicate or cover it or be
+  // covered by it: the candidates come from a grid of boxes grown by the
+  // point tolerance, and are tried in vector order, later records only.
+  const std::size_t n = lines.size();
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(n);
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, tol.equalPoint() + 1e-5));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<char> gone(n, 0);
+  std::vector<std::uint32_t> near;
+  auto drop = [&](std::size_t k) {
+    util::EraseEntity(lines[k].m_id);
+    gone[k] = 1;
+  };
+  for (std::size_t i = 0; i < n; ++i) {
+    if (gone[i] || !lines[i].m_bValid) continue;
     if (lines[i].m_ptStart.isEqualTo(lines[i].m_ptEnd, tol)) {
       // A zero-length record ends the whole call: later duplicates wait for the next one.
-      eraseAt(lines, i, true);
-      return;
+      drop(i);
+      break;
     }
-    bool again = false;
-    for (std::size_t j = i + 1; j < lines.size(); ++j) {
+    grid.Candidates(boxes[i], near);
+    for (std::uint32_t j : near) {
+      if (j <= i || gone[j]) continue;
       if (lines[i].IsEqual(lines[j], tol)) {
-        eraseAt(lines, i, true);  // of two duplicates the earlier goes
-        again = true;
+        drop(i);  // of two duplicates the earlier goes
         break;
       }
       if (engine::TestCollinear(lines[i], lines[j], t) != engine::Alignment::kCollinear) continue;
       const CVKRect ri = engine::RectOf(lines[i]), rj = engine::RectOf(lines[j]);
       if (ri.ContainsRect(rj)) {
-        eraseAt(lines, j, true);  // the covered one goes; this i is done
+        drop(j);  // the covered one goes; this i is done
         break;
       }
       if (rj.ContainsRect(ri)) {
-        eraseAt(lines, i, true);
-        again = true;
+        drop(i);
         break;
       }
     }
-    if (!again) ++i;
   }
+  engine::EraseMarked(lines, gone);
 }
 
 void CEncircleLine::RemoveShortLine(std::vector<CLineInfo>& lines) {
   const AcGeTol& tol = m_info.m_tolPoint;
-  for (std::size_t i = 0; i < lines.size();) {
+  // A point lies on a record only inside the record's box grown by the
+  // tolerance; whether some other record holds it does not depend on the
+  // order of the scan, but on which records are still there.
+  const std::size_t n = lines.size();
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(n);
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 2 * tol.equalPoint() + 1e-6));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<char> gone(n, 0);
+  std::vector<std::uint32_t> near;
+  auto heldByOther = [&](std::size_t i, const AcGePoint3d& p) {
+    grid.Candidates({p.x, p.y, p.x, p.y}, near);
+    for (std::uint32_t j : near)
+      if (j != i && !gone[j] && engine::IsPointOnSegment(p, lines[j].m_ptStart, lines[j].m_ptEnd, tol)) return true;
+    return false;
+  };
+  for (std::size_t i = 0; i < n; ++i) {
     const CLineInfo& r = lines[i];
-    if (!r.m_bValid || r.m_ptStart.distanceTo(r.m_ptEnd) >= 0.5) {
-      ++i;
-      continue;
-    }
-    bool startOn = false, endOn = false;
-    for (std::size_t j = 0; j < lines.size() && !(startOn && endOn); ++j) {
-      if (j == i) continue;
-      if (!startOn) startOn = engine::IsPointOnSegment(r.m_ptStart, lines[j].m_ptStart, lines[j].m_ptEnd, tol);
-      if (!endOn) endOn = engine::IsPointOnSegment(r.m_ptEnd, lines[j].m_ptStart, lines[j].m_ptEnd, tol);
-    }
+    if (!r.m_bValid || r.m_ptStart.distanceTo(r.m_ptEnd) >= 0.5) continue;
     // A short record that bridges two others stays.
-    if (startOn && endOn) ++i;
-    else eraseAt(lines, i, true);
+    if (heldByOther(i, r.m_ptStart) && heldByOther(i, r.m_ptEnd)) continue;
+    util::EraseEntity(r.m_id);
+    gone[i] = 1;
   }
+  engine::EraseMarked(lines, gone);
 }
 
 void CEncircleLine::RemoveLineByWalter(std::vector<CLineInfo>& lines, E_RemoveLine_Dir dir) {
@@ -117,10 +139,8 @@ void CEncircleLine::RemoveLineByWalter(std::vector<CLineInfo>& lines, E_RemoveLi
     }
   if (x == 0.0) return;
   const double w = m_info.m_dBreakLength;
-  for (std::size_t i = 0; i < lines.size();) {
-    if (std::fabs(x - lines[i].m_ptStart.x) > w && std::fabs(x - lines[i].m_ptEnd.x) > w)
-      eraseAt(lines, i, false);  // the record only: its clone stays
-    else
-      ++i;
-  }
+  // The records only: their clones stay.
+  std::erase_if(lines, [&](const CLineInfo& r) {
+    return std::fabs(x - r.m_ptStart.x) > w && std::fabs(x - r.m_ptEnd.x) > w;
+  });
 }

@@ -1,5 +1,7 @@
 #include "engine/line_info.h"
 
+#include <algorithm>
+
 #include "host/db/curves.h"
 #include "host/ge/line_seg3d.h"
 
@@ -22,11 +24,14 @@ CLineInfo::CLineInfo(AcDbObjectId id) {
   obj->close();
 }
 
+bool CLineInfo::IsInteriorPoint(const AcGePoint3d& pt, AcGeTol tol) const {
+  if (pt.isEqualTo(m_ptStart, tol) || pt.isEqualTo(m_ptEnd, tol)) return false;
+  if (!AcGeLineSeg3d(m_ptStart, m_ptEnd).isOn(pt, tol)) return false;
+  return (pt - m_ptStart).dotProduct(pt - m_ptEnd) < 0;
+}
+
 void CLineInfo::AddBreakPoint(const AcGePoint3d& pt, AcGeTol tol) {
-  const AcGeLineSeg3d seg(m_ptStart, m_ptEnd);
-  if (pt.isEqualTo(m_ptStart, tol) || pt.isEqualTo(m_ptEnd, tol)) return;
-  if (!seg.isOn(pt, tol)) return;
-  if ((pt - m_ptStart).dotProduct(pt - m_ptEnd) >= 0) return;
+  if (!IsInteriorPoint(pt, tol)) return;
   for (const AcGePoint3d& held : m_breakPts)
     if (held.isEqualTo(pt, tol)) return;
   m_breakPts.push_back(pt);
@@ -37,11 +42,23 @@ void CLineInfo::AddBreakPoints(const std::vector<AcGePoint3d>& pts, AcGeTol tol)
 }
 
 void CLineInfo::Sort() {
+  // The result is that of repeated adjacent exchanges (a stable sort by
+  // distance); points cut in slab order usually arrive sorted or reversed.
+  const auto dist = [this](const AcGePoint3d& p) { return (p - m_ptStart).length(); };
   const std::size_t n = m_breakPts.size();
-  for (std::size_t pass = 0; pass < n; ++pass)
-    for (std::size_t i = 0; i + 1 < n; ++i)
-      if ((m_breakPts[i] - m_ptStart).length() > (m_breakPts[i + 1] - m_ptStart).length())
-        std::swap(m_breakPts[i], m_breakPts[i + 1]);
+  bool ascending = true, descending = true;
+  for (std::size_t i = 0; i + 1 < n && (ascending || descending); ++i) {
+    const double a = dist(m_breakPts[i]), b = dist(m_breakPts[i + 1]);
+    if (a > b) ascending = false;
+    if (!(a > b)) descending = false;
+  }
+  if (ascending) return;
+  if (descending) {
+    std::reverse(m_breakPts.begin(), m_breakPts.end());  // all distances differ
+    return;
+  }
+  std::stable_sort(m_breakPts.begin(), m_breakPts.end(),
+                   [&](const AcGePoint3d& a, const AcGePoint3d& b) { return dist(a) < dist(b); });
 }
 
 bool CLineInfo::IsEqual(const CLineInfo& other, AcGeTol tol) const {

@@ -22,9 +22,11 @@ class CLineInfo {
   // on the segment within tol, and (pt - start)·(pt - end) < 0; a point
   // already held (within tol) is not added again.
   void AddBreakPoint(const AcGePoint3d& pt, AcGeTol tol);
+  // The first three conditions of AddBreakPoint: strictly inside the segment.
+  bool IsInteriorPoint(const AcGePoint3d& pt, AcGeTol tol) const;
   void AddBreakPoints(const std::vector<AcGePoint3d>& pts, AcGeTol tol);
-  // Orders the break points by distance from the start: a stable exchange
-  // sort, so points at equal distance keep their order.
+  // Orders the break points by distance from the start, stably: points at
+  // equal distance keep their order.
   void Sort();
   // The same segment in either orientation (break points, id and flag not compared).
   bool IsEqual(const CLineInfo& other, AcGeTol tol) const;
