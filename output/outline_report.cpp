@@ -17,12 +17,15 @@ bool MakeOutlineReport(AcDbObjectId outline, OutlineReport& report) {
     report.vertices.push_back({a.point.x, a.point.y, a.bulge});
     if (i + 1 == verts.size() && !report.bClosed) break;
     twiceArea += a.point.x * b.point.y - b.point.x * a.point.y;
-    if (a.bulge != 0) {
+    const double chord = std::hypot(b.point.x - a.point.x, b.point.y - a.point.y);
+    if (a.bulge != 0 && chord > 0) {
       // The circular segment between the chord and the arc, signed like the bulge.
       const double theta = 4 * std::atan(a.bulge);
-      const double chord = std::hypot(b.point.x - a.point.x, b.point.y - a.point.y);
       const double r = chord / (2 * std::sin(std::fabs(theta) / 2));
       segments += (theta > 0 ? 1 : -1) * r * r / 2 * (std::fabs(theta) - std::sin(std::fabs(theta)));
+      report.dLength += r * std::fabs(theta);
+    } else {
+      report.dLength += chord;
     }
   }
   report.dArea = std::fabs(twiceArea / 2 + segments);

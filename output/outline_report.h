@@ -13,6 +13,7 @@ struct OutlineReport {
   bool bClosed = false;
   std::array<double, 4> box{0, 0, 0, 0};  // x0, y0, x1, y1 (arcs included)
   double dArea = 0;                       // enclosed area, arcs included
+  double dLength = 0;                     // along the polyline, arcs included
 };
 
 bool MakeOutlineReport(AcDbObjectId outline, OutlineReport& report);

@@ -36,7 +36,10 @@ std::vector<DrawingFrame> CollectDrawingFrames() {
 }
 
 std::string ToolNumberOf(const std::vector<DrawingFrame>& frames, AcDbObjectId outline) {
-  const CVKRect box(outline);
+  return ToolNumberOfBox(frames, CVKRect(outline));
+}
+
+std::string ToolNumberOfBox(const std::vector<DrawingFrame>& frames, const CVKRect& box) {
   if (!box.IsValid()) return {};
   // Contains() already allows 1e-6 on every side of the frame's box.
   for (const DrawingFrame& f : frames)

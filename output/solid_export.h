@@ -27,6 +27,8 @@ std::vector<DrawingFrame> CollectDrawingFrames();
 // The tool number of the first frame whose box holds the outline's box;
 // empty when none does.
 std::string ToolNumberOf(const std::vector<DrawingFrame>& frames, AcDbObjectId outline);
+// The same for any box (the box of a tool's entities).
+std::string ToolNumberOfBox(const std::vector<DrawingFrame>& frames, const CVKRect& box);
 
 enum class RevolveRoute { kNone, kCurve, kRegion };
 // Where the solid is put: where the outline lies, or turned so that the

@@ -46,34 +46,53 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
     }
   }
   // Earlier outlines in the selection are erased and left out.
-  for (int i = 0; i < selection.length(); ++i) {
-    if (!host::equalsNoCase(util::GetLayerName(selection[i]), kOutlineLayer)) continue;
-    util::EraseEntity(selection[i]);
-    selection.removeAt(i);
-    --i;
-  }
+  DropOutlineLayerEntities(selection);
   result.nSelected = selection.length();
-  AcAxDocLock lock(AcAp::kWrite);
-  CVKRect box(true);
-  for (AcDbObjectId id : selection) {
-    AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
-    AcDbExtents ext;
-    if (ent && ent->getGeomExtents(ext) == Acad::eOk) box.Extend(ext);
-  }
-  auto* axis = new AcDbLine(AcGePoint3d(box.m_ptMin.x - 10, centre.y, 0), AcGePoint3d(box.m_ptMax.x + 10, centre.y, 0));
-  axis->setDatabaseDefaults(db);
-  axis->setColorIndex(256);
-  AcDbObjectId axisId;
-  host::appendEntity(db, axis, axisId);
-  CEncircleLine engine(settings.ToCalInfo(axisId));
-  engine.GetEncircleLine3(selection, result.outline);
-  util::EraseEntity(axisId);
+  result.outline = ComputeOutlineAlongAxis(selection, centre, settings.ToCalInfo(AcDbObjectId::kNull));
   if (!result.outline.isNull()) {
     AcDbObjectPointer<AcDbEntity> outline(result.outline, AcDb::kForRead);
     if (outline) outline->highlight();
   }
   result.message = result.outline.isNull() ? kOutlineFailed : kOutlineSucceeded;
   return result;
+}
+
+void DropOutlineLayerEntities(AcArray<AcDbObjectId>& ids) {
+  for (int i = 0; i < ids.length(); ++i) {
+    if (!host::equalsNoCase(util::GetLayerName(ids[i]), kOutlineLayer)) continue;
+    util::EraseEntity(ids[i]);
+    ids.removeAt(i);
+    --i;
+  }
+}
+
+CVKRect SelectionBox(const AcArray<AcDbObjectId>& ids) {
+  CVKRect box(true);
+  for (AcDbObjectId id : ids) {
+    AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
+    AcDbExtents ext;
+    if (ent && ent->getGeomExtents(ext) == Acad::eOk) box.Extend(ext);
+  }
+  return box;
+}
+
+AcDbObjectId ComputeOutlineAlongAxis(const AcArray<AcDbObjectId>& ids, const AcGePoint3d& centre,
+                                     CEncircleCalInfo info) {
+  AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
+  if (!db) return AcDbObjectId::kNull;
+  AcAxDocLock lock(AcAp::kWrite);
+  const CVKRect box = SelectionBox(ids);
+  auto* axis = new AcDbLine(AcGePoint3d(box.m_ptMin.x - 10, centre.y, 0), AcGePoint3d(box.m_ptMax.x + 10, centre.y, 0));
+  axis->setDatabaseDefaults(db);
+  axis->setColorIndex(256);
+  AcDbObjectId axisId;
+  host::appendEntity(db, axis, axisId);
+  info.m_idMidLine = axisId;
+  AcDbObjectId outline;
+  CEncircleLine engine(info);
+  engine.GetEncircleLine3(ids, outline);
+  util::EraseEntity(axisId);
+  return outline;
 }
 
 namespace {

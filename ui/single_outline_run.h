@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/encircle_cal_info.h"
+#include "engine/vk_rect.h"
 #include "host/base/ac_array.h"
 #include "host/ge/vectors.h"
 
@@ -39,6 +40,18 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
 // How many segments the selection gives once converted to lines (worked out
 // on clones that are erased again; the selection is not touched).
 int CountSegmentsAfterConversion(const AcArray<AcDbObjectId>& selection, const SingleOutlineSettings& settings);
+
+// Steps the single and the batch run share.
+// Removes every entity on "TempEncircleLine" (earlier outlines) from ids,
+// erasing it.
+void DropOutlineLayerEntities(AcArray<AcDbObjectId>& ids);
+// The flat box of the entities' extents.
+CVKRect SelectionBox(const AcArray<AcDbObjectId>& ids);
+// The third driver on ids with info, its axis a temporary line through the
+// centre that spans the entities' box ± 10 (erased afterwards), with the
+// current document locked. The outline, or null.
+AcDbObjectId ComputeOutlineAlongAxis(const AcArray<AcDbObjectId>& ids, const AcGePoint3d& centre,
+                                     CEncircleCalInfo info);
 
 extern const char* const kOutlineSucceeded;  // "计算包络线成功"
 extern const char* const kOutlineFailed;     // "计算包络线失败"
