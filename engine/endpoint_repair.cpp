@@ -47,13 +47,13 @@ void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
   // Only a record that comes within the snap limit of an end point can
   // decide where the point goes: the running minima keep the first of the
   // nearest candidates, and a nearest distance of 0.5 or more moves nothing.
-  // The candidates are therefore the records whose boxes, grown by the
-  // limit, hold the point, tried in the order of the full scan. Records move
-  // as the scan goes, each end point by less than the limit, so the boxes
-  // are grown by twice the limit (and a margin) once, up front.
+  // The candidates are the records whose boxes come within the limit of the
+  // point, tried in the order of the full scan; a record that moves is
+  // listed again under its new box. A candidate whose box is farther than
+  // the distance found so far cannot change it and is passed over.
   std::vector<engine::Box2> boxes;
   boxes.reserve(lines.size());
-  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 2 * kSnap + 1e-3));
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 0));
   engine::BoxGrid grid;
   grid.Build(boxes);
   std::vector<std::uint32_t> nearS, nearE, near;
@@ -64,30 +64,47 @@ void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
       at = to;
     }
   };
+  // A lower bound of the distance from p to record j, less a margin for
+  // rounding in the distances the tests compute.
+  auto boxDistance = [&](const AcGePoint3d& p, std::size_t j) {
+    const CLineInfo& r = lines[j];
+    const double dx = std::max({0.0, std::min(r.m_ptStart.x, r.m_ptEnd.x) - p.x, p.x - std::max(r.m_ptStart.x, r.m_ptEnd.x)});
+    const double dy = std::max({0.0, std::min(r.m_ptStart.y, r.m_ptEnd.y) - p.y, p.y - std::max(r.m_ptStart.y, r.m_ptEnd.y)});
+    return std::sqrt(dx * dx + dy * dy) - 1e-9 * (1 + std::fabs(p.x) + std::fabs(p.y));
+  };
+  auto around = [](const AcGePoint3d& p) {
+    const double r = kSnap + 1e-6 + 1e-9 * (std::fabs(p.x) + std::fabs(p.y));
+    return engine::Box2{p.x - r, p.y - r, p.x + r, p.y + r};
+  };
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (!lines[i].m_bValid) continue;
     const AcGePoint3d S = lines[i].m_ptStart, E = lines[i].m_ptEnd;
     double dS = kFar, dE = kFar;
     AcGePoint3d pS, pE;
-    grid.Candidates({S.x, S.y, S.x, S.y}, nearS);
-    grid.Candidates({E.x, E.y, E.x, E.y}, nearE);
+    grid.Candidates(around(S), nearS, [&](std::uint32_t j) { return j != i && boxDistance(S, j) < kSnap; });
+    grid.Candidates(around(E), nearE, [&](std::uint32_t j) { return j != i && boxDistance(E, j) < kSnap; });
     near.clear();
     std::merge(nearS.begin(), nearS.end(), nearE.begin(), nearE.end(), std::back_inserter(near));
     near.erase(std::unique(near.begin(), near.end()), near.end());
     for (std::uint32_t j : near) {
-      if (j == i) continue;
       const AcGePoint3d Sj = lines[j].m_ptStart, Ej = lines[j].m_ptEnd;
       const AcGeLineSeg3d lj(Sj, Ej);
-      if (dS > 0) closer(S, Sj, dS, pS);
-      if (dS > 0) closer(S, Ej, dS, pS);
-      if (dS > 0) closer(S, lj.closestPointTo(S, AcGeContext::gTol), dS, pS);
-      if (dE > 0) closer(E, Sj, dE, pE);
-      if (dE > 0) closer(E, Ej, dE, pE);
-      if (dE > 0) closer(E, Ej, dE, pE);  // the same test again: it keeps the order of tests as it is
-      if (dE > 0) closer(E, lj.closestPointTo(E, AcGeContext::gTol), dE, pE);
+      if (dS > 0 && boxDistance(S, j) < dS) {
+        closer(S, Sj, dS, pS);
+        if (dS > 0) closer(S, Ej, dS, pS);
+        if (dS > 0) closer(S, lj.closestPointTo(S, AcGeContext::gTol), dS, pS);
+      }
+      if (dE > 0 && boxDistance(E, j) < dE) {
+        closer(E, Sj, dE, pE);
+        if (dE > 0) closer(E, Ej, dE, pE);
+        if (dE > 0) closer(E, Ej, dE, pE);  // the same test again: it keeps the order of tests as it is
+        if (dE > 0) closer(E, lj.closestPointTo(E, AcGeContext::gTol), dE, pE);
+      }
       if (dS == 0 && dE == 0) break;
     }
-    if (dS > 0 && dS < kSnap) lines[i].m_ptStart = pS;
-    if (dE > 0 && dE < kSnap) lines[i].m_ptEnd = pE;
+    const bool moveS = dS > 0 && dS < kSnap, moveE = dE > 0 && dE < kSnap;
+    if (moveS) lines[i].m_ptStart = pS;
+    if (moveE) lines[i].m_ptEnd = pE;
+    if (moveS || moveE) grid.Add(static_cast<std::uint32_t>(i), engine::BoxOf(lines[i], 0));
   }
 }

@@ -29,6 +29,53 @@ bool RunsAlongView(const CLineInfo& line, E_RemoveLine_Dir dir, double fine) {
 
 }  // namespace
 
+namespace {
+
+// The references of one direction, along the probe axis, nearest side
+// first: a point P can only lie beyond (or on) a reference that spans it
+// along the axis and whose near end along the view comes within the
+// tolerance of P; Any stops once the keys pass that bound.
+class DirectionRefs {
+ public:
+  DirectionRefs(const std::vector<CLineInfo>& refs, E_RemoveLine_Dir dir, double tol)
+      : m_alongX(dir == 0 || dir == 1), m_ascending(dir == 0 || (dir != 1 && dir != 2)), m_tol(tol) {
+    const std::size_t n = refs.size();
+    std::vector<double> lo(n), hi(n), key(n);
+    for (std::size_t r = 0; r < n; ++r) {
+      const AcGePoint3d& a = refs[r].m_ptStart;
+      const AcGePoint3d& b = refs[r].m_ptEnd;
+      lo[r] = m_alongX ? std::min(a.x, b.x) : std::min(a.y, b.y);
+      hi[r] = m_alongX ? std::max(a.x, b.x) : std::max(a.y, b.y);
+      const double nearLo = m_alongX ? std::min(a.y, b.y) : std::min(a.x, b.x);
+      const double nearHi = m_alongX ? std::max(a.y, b.y) : std::max(a.x, b.x);
+      key[r] = m_ascending ? nearLo : -nearHi;  // the near side has the smaller key
+    }
+    m_index.Build(lo, hi, key);
+  }
+  // Calls test(j) for the references that may hold P in the direction,
+  // until it returns true; whether one does is the answer.
+  template <class Test>
+  bool Any(const AcGePoint3d& p, Test&& test) const {
+    const double along = m_alongX ? p.x : p.y;
+    const double view = m_alongX ? p.y : p.x;
+    const double bound = (m_ascending ? view : -view) + 3 * m_tol + 1e-9 * (std::fabs(view) + 1);
+    bool hit = false;
+    m_index.Visit(along, [&](std::uint32_t j, double key) {
+      if (key > bound) return false;
+      hit = test(j);
+      return !hit;
+    });
+    return hit;
+  }
+
+ private:
+  bool m_alongX, m_ascending;
+  double m_tol;
+  engine::KeyedIntervals m_index;
+};
+
+}  // namespace
+
 bool CEncircleLine::IsPtInLineSpecifiedDir(AcGePoint3d P, AcGePoint3d A, AcGePoint3d B, E_RemoveLine_Dir dir) {
   const double tol = m_info.m_tolPoint.equalPoint();
   const bool alongX = dir == 0 || dir == 1;
@@ -89,44 +136,21 @@ std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const st
   // The references are the records as oriented, also those removed below: a
   // record may be hidden by one that is itself hidden. Whether some
   // reference hides a record does not depend on the order in which the
-  // references are tried, so they are tried nearest side first: along the
-  // probe a reference must span the midpoint, and it hides the midpoint only
-  // when its near end along the view lies within the tolerance of it.
-  const bool alongX = dir == 0 || dir == 1;
-  const bool ascending = dir == 0 || (dir != 1 && dir != 2);  // the near side has the smaller coordinate
-  const double tol = m_info.m_tolPoint.equalPoint();
-  const std::size_t n = w.size();
-  std::vector<double> lo(n), hi(n), key(n);
-  for (std::size_t r = 0; r < n; ++r) {
-    const AcGePoint3d& a = w[r].m_ptStart;
-    const AcGePoint3d& b = w[r].m_ptEnd;
-    lo[r] = alongX ? std::min(a.x, b.x) : std::min(a.y, b.y);
-    hi[r] = alongX ? std::max(a.x, b.x) : std::max(a.y, b.y);
-    const double nearLo = alongX ? std::min(a.y, b.y) : std::min(a.x, b.x);
-    const double nearHi = alongX ? std::max(a.y, b.y) : std::max(a.x, b.x);
-    key[r] = ascending ? nearLo : -nearHi;
-  }
-  engine::KeyedIntervals refs;
-  refs.Build(lo, hi, key);
+  // references are tried, so only those that can are tried.
   const std::vector<CLineInfo> ref = w;
+  const DirectionRefs refs(ref, dir, m_info.m_tolPoint.equalPoint());
   const double fine = m_info.m_tolFine.equalPoint();
-  std::vector<char> gone(n, 0);
-  for (std::size_t k = 0; k < n; ++k) {
+  std::vector<char> gone(w.size(), 0);
+  for (std::size_t k = 0; k < w.size(); ++k) {
     const CLineInfo& rec = ref[k];
     bool hidden = RunsAlongView(rec, dir, fine);
     if (!hidden) {
       const AcGePoint3d m = AcGePoint3d::mid(rec.m_ptStart, rec.m_ptEnd);
-      const double along = alongX ? m.x : m.y;
-      const double view = alongX ? m.y : m.x;
-      // Keys past this bound cannot hide the midpoint.
-      const double bound = (ascending ? view : -view) + 3 * tol + 1e-9 * std::fabs(view);
-      refs.Visit(along, [&](std::uint32_t j, double keyJ) {
-        if (keyJ > bound) return false;
+      hidden = refs.Any(m, [&](std::uint32_t j) {
         const CLineInfo& r = ref[j];
-        if (r.m_id == rec.m_id && !r.m_id.isNull()) return true;
-        if (rec.IsEqual(r, m_info.m_tolPoint)) return true;
-        hidden = IsPtInLineSpecifiedDir2(m, r.m_ptStart, r.m_ptEnd, dir);
-        return !hidden;
+        if (r.m_id == rec.m_id && !r.m_id.isNull()) return false;
+        if (rec.IsEqual(r, m_info.m_tolPoint)) return false;
+        return IsPtInLineSpecifiedDir2(m, r.m_ptStart, r.m_ptEnd, dir);
       });
     }
     if (hidden) {
@@ -141,13 +165,23 @@ std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const st
 std::vector<CLineInfo> CEncircleLine::RemoveLine(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines) {
   std::vector<CLineInfo> w = lines;
   UpdateLineStartEndPt(dir, w);
-  const std::vector<CLineInfo> refs = w;
+  const std::vector<CLineInfo> ref = w;
   const double fine = m_info.m_tolFine.equalPoint();
   const double tol = m_info.m_tolPoint.equalPoint();
+  // The flags only ever go from false to true, and the decision is a
+  // condition on them that stays true once true; so the record is hidden
+  // exactly when the condition holds for the flags over all references, in
+  // whatever order. The point flags come from the references that can hold
+  // the point; the on-a-reference flags (the infinite line through each
+  // reference) are only needed when exactly one end is hidden, and are then
+  // found by a scan of all references.
+  const DirectionRefs refs(ref, dir, tol);
+  std::vector<char> gone(w.size(), 0);
   for (std::size_t k = 0; k < w.size(); ++k) {
-    bool hidden = RunsAlongView(w[k], dir, fine);
+    const CLineInfo& rec = ref[k];
+    bool hidden = RunsAlongView(rec, dir, fine);
     if (!hidden) {
-      const AcGePoint3d S = w[k].m_ptStart, E = w[k].m_ptEnd;
+      const AcGePoint3d S = rec.m_ptStart, E = rec.m_ptEnd;
       // Seven interior samples by repeated halving: 1/2, 1/4, 5/8, 1/8,
       // 3/8, 13/16, 7/16 (the uneven far half is as intended).
       AcGePoint3d m[7];
@@ -158,32 +192,28 @@ std::vector<CLineInfo> CEncircleLine::RemoveLine(E_RemoveLine_Dir dir, const std
       m[4] = AcGePoint3d::mid(m[0], m[1]);
       m[5] = AcGePoint3d::mid(m[2], E);
       m[6] = AcGePoint3d::mid(m[1], m[2]);
-      bool sHidden = false, eHidden = false, sOn = false, eOn = false, inner[7] = {};
-      for (const CLineInfo& r : refs) {
-        if (r.m_id == w[k].m_id && !r.m_id.isNull()) continue;
-        const AcGePoint3d& A = r.m_ptStart;
-        const AcGePoint3d& B = r.m_ptEnd;
-        if (!sHidden) sHidden = IsPtInLineSpecifiedDir(S, A, B, dir);
-        if (!eHidden) eHidden = IsPtInLineSpecifiedDir(E, A, B, dir);
-        // On the infinite line through the reference, not only its span.
-        if (!sOn) sOn = engine::SideOf(S, A, B, tol) == 0;
-        if (!eOn) eOn = engine::SideOf(E, A, B, tol) == 0;
-        bool anyInner = false;
-        for (int i = 0; i < 7; ++i) {
-          if (!inner[i]) inner[i] = IsPtInLineSpecifiedDir(m[i], A, B, dir);
-          anyInner = anyInner || inner[i];
-        }
-        if ((sHidden && eHidden) || (sOn && eHidden) || (eOn && sHidden) || anyInner) {
-          hidden = true;
-          break;
-        }
+      auto other = [&](std::uint32_t j) { return !(ref[j].m_id == rec.m_id && !ref[j].m_id.isNull()); };
+      auto beyond = [&](const AcGePoint3d& p) {
+        return refs.Any(p, [&](std::uint32_t j) {
+          return other(j) && IsPtInLineSpecifiedDir(p, ref[j].m_ptStart, ref[j].m_ptEnd, dir);
+        });
+      };
+      auto onSome = [&](const AcGePoint3d& p) {
+        for (std::uint32_t j = 0; j < ref.size(); ++j)
+          if (other(j) && engine::SideOf(p, ref[j].m_ptStart, ref[j].m_ptEnd, tol) == 0) return true;
+        return false;
+      };
+      for (int i = 0; i < 7 && !hidden; ++i) hidden = beyond(m[i]);
+      if (!hidden) {
+        const bool sHidden = beyond(S), eHidden = beyond(E);
+        hidden = (sHidden && eHidden) || (eHidden && onSome(S)) || (sHidden && onSome(E));
       }
     }
     if (hidden) {
-      util::EraseEntity(w[k].m_id);
-      w.erase(w.begin() + static_cast<std::ptrdiff_t>(k));
-      --k;
+      util::EraseEntity(rec.m_id);
+      gone[k] = 1;
     }
   }
+  engine::EraseMarked(w, gone);
   return w;
 }

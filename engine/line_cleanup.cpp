@@ -6,35 +6,37 @@
 #include "engine/spatial_index.h"
 #include "util/entity_utils.h"
 
-namespace {
-void eraseAt(std::vector<CLineInfo>& lines, std::size_t i, bool eraseEntity) {
-  if (eraseEntity) util::EraseEntity(lines[i].m_id);
-  lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(i));
-}
-}  // namespace
-
 void CEncircleLine::RemoveCrossLine(std::vector<CLineInfo>& lines) {
   const double fine = m_info.m_tolFine.equalPoint();
-  for (std::size_t i = 0; i < lines.size();) {
-    if (!lines[i].m_bValid) {
-      ++i;
-      continue;
-    }
+  // A partner's box overlaps record i's box: the candidates come from a grid
+  // of the boxes, grown by a margin, and a record that absorbs another is
+  // listed again under its grown box. They are tried in vector order.
+  const std::size_t n = lines.size();
+  constexpr double kPad = 1e-5;
+  std::vector<engine::Box2> boxes;
+  boxes.reserve(n);
+  for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, kPad));
+  engine::BoxGrid grid;
+  grid.Build(boxes);
+  std::vector<char> gone(n, 0);
+  std::vector<std::uint32_t> near;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (!lines[i].m_bValid) continue;
     const CLineInfo& a = lines[i];
     const bool axisParallel =
         std::fabs(a.m_ptStart.x - a.m_ptEnd.x) < fine || std::fabs(a.m_ptStart.y - a.m_ptEnd.y) < fine;
-    std::size_t partner = lines.size();
-    for (std::size_t j = i + 1; j < lines.size() && axisParallel; ++j) {
+    if (!axisParallel) continue;
+    std::size_t partner = n;
+    grid.Candidates(engine::BoxOf(a, kPad), near);
+    for (std::uint32_t j : near) {
+      if (j <= i || gone[j]) continue;
       if (engine::TestCollinear(a, lines[j], fine) == engine::Alignment::kCollinear &&
           engine::RectOf(a).Overlaps(engine::RectOf(lines[j]))) {
         partner = j;
         break;
       }
     }
-    if (partner == lines.size()) {
-      ++i;
-      continue;
-    }
+    if (partner == n) continue;
     // Record j absorbs i: the union from its upper-left to its lower-right corner.
     CLineInfo& b = lines[partner];
     util::EraseEntity(a.m_id);
@@ -45,8 +47,10 @@ void CEncircleLine::RemoveCrossLine(std::vector<CLineInfo>& lines) {
     b.m_ptStart = AcGePoint3d(u.m_ptMin.x, u.m_ptMax.y, 0);
     b.m_ptEnd = AcGePoint3d(u.m_ptMax.x, u.m_ptMin.y, 0);
     b.m_id = util::CreateLine(b.m_ptStart, b.m_ptEnd);
-    eraseAt(lines, i, false);
+    grid.Add(static_cast<std::uint32_t>(partner), engine::BoxOf(b, kPad));
+    gone[i] = 1;
   }
+  engine::EraseMarked(lines, gone);
 }
 
 void CEncircleLine::RemoveRepeatLine2(std::vector<CLineInfo>& lines) {

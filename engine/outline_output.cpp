@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "engine/encircle_line.h"
+#include "engine/spatial_index.h"
 #include "host/db/operations.h"
 #include "util/entity_utils.h"
 #include "util/layer_switch.h"
@@ -45,8 +46,16 @@ bool CEncircleLine::IsPtExist(const AcArray<AcGePoint3d>& pts, const AcGePoint3d
 
 void CEncircleLine::GetLineInfoPt(const std::vector<CLineInfo>& lines, bool bForward, bool,
                                   AcArray<AcGePoint3d>& pts) {
+  // IsPtExist's scan, through a grid of the points held: a point is added
+  // unless one held lies within the point tolerance.
+  const AcGeTol& tol = m_info.m_tolPoint;
+  engine::PointGrid held(tol.equalPoint());
+  held.Reserve(static_cast<std::size_t>(pts.length()) + 2 * lines.size());
+  for (int k = 0; k < pts.length(); ++k) held.Add(pts[k], static_cast<std::uint32_t>(k));
   auto add = [&](const AcGePoint3d& p) {
-    if (!IsPtExist(pts, p)) pts.append(p);
+    if (held.Any(p, [&](std::uint32_t k) { return pts[static_cast<int>(k)].isEqualTo(p, tol); })) return;
+    held.Add(p, static_cast<std::uint32_t>(pts.length()));
+    pts.append(p);
   };
   if (bForward) {
     for (const CLineInfo& line : lines) {

@@ -43,6 +43,7 @@ void BoxGrid::CellRange(const Box2& b, int& x0, int& y0, int& x1, int& y1) const
 void BoxGrid::Build(const std::vector<Box2>& boxes) {
   const std::size_t n = boxes.size();
   m_extra.clear();
+  m_extraHead.clear();
   m_stamp.assign(n, 0);
   m_query = 0;
   double x0 = 1e300, y0 = 1e300, x1 = -1e300, y1 = -1e300, extent = 0;
@@ -86,13 +87,23 @@ void BoxGrid::Build(const std::vector<Box2>& boxes) {
 }
 
 void BoxGrid::Add(std::uint32_t i, const Box2& b) {
+  if (m_extraHead.empty()) m_extraHead.assign(m_start.size() - 1, -1);
   int cx0, cy0, cx1, cy1;
   CellRange(b, cx0, cy0, cx1, cy1);
   for (int y = cy0; y <= cy1; ++y)
-    for (int x = cx0; x <= cx1; ++x) m_extra.emplace_back(static_cast<std::uint32_t>(y * m_x.count + x), i);
+    for (int x = cx0; x <= cx1; ++x) {
+      std::int32_t& head = m_extraHead[static_cast<std::size_t>(y) * m_x.count + x];
+      m_extra.emplace_back(head, i);
+      head = static_cast<std::int32_t>(m_extra.size() - 1);
+    }
 }
 
 void BoxGrid::Candidates(const Box2& q, std::vector<std::uint32_t>& out) const {
+  Gather(q, out);
+  std::sort(out.begin(), out.end());
+}
+
+void BoxGrid::Gather(const Box2& q, std::vector<std::uint32_t>& out) const {
   out.clear();
   if (m_stamp.empty()) return;
   if (++m_query == 0) {
@@ -111,16 +122,15 @@ void BoxGrid::Candidates(const Box2& q, std::vector<std::uint32_t>& out) const {
           out.push_back(i);
         }
       }
+      if (m_extraHead.empty()) continue;
+      for (std::int32_t k = m_extraHead[c]; k >= 0; k = m_extra[k].first) {
+        const std::uint32_t i = m_extra[k].second;
+        if (m_stamp[i] != m_query) {
+          m_stamp[i] = m_query;
+          out.push_back(i);
+        }
+      }
     }
-  for (const auto& [c, i] : m_extra) {
-    const int x = static_cast<int>(c % static_cast<std::uint32_t>(m_x.count));
-    const int y = static_cast<int>(c / static_cast<std::uint32_t>(m_x.count));
-    if (x >= cx0 && x <= cx1 && y >= cy0 && y <= cy1 && m_stamp[i] != m_query) {
-      m_stamp[i] = m_query;
-      out.push_back(i);
-    }
-  }
-  std::sort(out.begin(), out.end());
 }
 
 PointGrid::PointGrid(double tol) : m_size(std::max(4 * tol, 1e-12)) { Reserve(64); }

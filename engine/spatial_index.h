@@ -4,6 +4,7 @@
 // own test to the candidates, in the order it scans records, so an index may
 // report more candidates than needed but never fewer. All storage is flat
 // (no allocation per record).
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -35,15 +36,25 @@ class BoxGrid {
   // The numbers of the boxes that may overlap q (each once, ascending),
   // into out (cleared first).
   void Candidates(const Box2& q, std::vector<std::uint32_t>& out) const;
+  // The same, keeping only the boxes for which keep(i) holds.
+  template <class Keep>
+  void Candidates(const Box2& q, std::vector<std::uint32_t>& out, Keep&& keep) const {
+    Gather(q, out);
+    std::erase_if(out, [&](std::uint32_t i) { return !keep(i); });
+    std::sort(out.begin(), out.end());
+  }
   // Lists box i in the cells of b as well (for a box that has grown).
   void Add(std::uint32_t i, const Box2& b);
 
  private:
   void CellRange(const Box2& b, int& x0, int& y0, int& x1, int& y1) const;
+  void Gather(const Box2& q, std::vector<std::uint32_t>& out) const;  // unsorted
   GridAxis m_x, m_y;
   std::vector<std::uint32_t> m_start;    // cell c lists m_items[m_start[c] .. m_start[c + 1])
   std::vector<std::uint32_t> m_items;
-  std::vector<std::pair<std::uint32_t, std::uint32_t>> m_extra;  // (cell, box) added after building
+  // Boxes added after building: per cell a chain through m_extra.
+  std::vector<std::int32_t> m_extraHead;
+  std::vector<std::pair<std::int32_t, std::uint32_t>> m_extra;  // (next, box)
   mutable std::vector<std::uint32_t> m_stamp;
   mutable std::uint32_t m_query = 0;
 };

@@ -179,6 +179,12 @@ TEST(StageEquivalence, HiddenLinesFromEachDirection) {
     }, 0.0005, 25);
 }
 
+TEST(StageEquivalence, NinePointHiddenLinesFromEachDirection) {
+  for (int dir = 0; dir <= 4; ++dir)
+    Compare("RemoveLine", [dir](auto& e, auto& v) { v = e.RemoveLine(static_cast<E_RemoveLine_Dir>(dir), v); },
+            0.0005, 25);
+}
+
 TEST(StageEquivalence, EndpointSnappingWithMovingRecords) {
   // Points moved by up to the snap limit, so that records snap onto records
   // that have already moved.
@@ -211,7 +217,9 @@ TEST(StageEquivalence, ExclusionAndOtherDirections) {
             [dir](auto& e, auto& v) { e.RemoveLineByWalter(v, static_cast<E_RemoveLine_Dir>(dir)); }, 0.0005, 10);
 }
 
-TEST(StageEquivalence, DuplicateAndShortRecords) {
+TEST(StageEquivalence, DuplicateCrossingAndShortRecords) {
+  for (const double nudge : {1e-7, 0.0005})
+    Compare("RemoveCrossLine", [](auto& e, auto& v) { e.RemoveCrossLine(v); }, nudge);
   for (const double nudge : {0.0005, 0.001})
     Compare("RemoveRepeatLine2", [](auto& e, auto& v) { e.RemoveRepeatLine2(v); }, nudge);
   Compare("RemoveShortLine", [](auto& e, auto& v) { e.RemoveShortLine(v); });
@@ -220,16 +228,18 @@ TEST(StageEquivalence, DuplicateAndShortRecords) {
 // Whole outlines of fluted tools and of a sheet of tools, vertex for vertex:
 // the reference driver over the plain stages against the engine's driver.
 template <class Draw>
-void ExpectSameOutline(Draw&& draw, const char* what) {
+void ExpectSameOutline(Draw&& draw, const char* what, int driver = 3) {
   Side plainSide;
   const fluted::Drawing a = draw(plainSide.db());
   AcDbObjectId plainResult, fastResult;
   PlainStages ref(a.info);
-  ref.Run3(a.selection, plainResult, [](const char*) {});
+  if (driver == 1) ref.Run1(a.selection, plainResult);
+  else ref.Run3(a.selection, plainResult, [](const char*) {});
   Side fastSide;
   const fluted::Drawing b = draw(fastSide.db());
   CEncircleLine eng(b.info);
-  eng.GetEncircleLine3(b.selection, fastResult);
+  if (driver == 1) eng.GetEncircleLine(b.selection, fastResult);
+  else eng.GetEncircleLine3(b.selection, fastResult);
   const auto pv = tooltest::VerticesOf(plainResult), fv = tooltest::VerticesOf(fastResult);
   ASSERT_GT(pv.size(), 3u) << what;
   ASSERT_EQ(pv.size(), fv.size()) << what;
@@ -247,6 +257,9 @@ TEST(StageEquivalence, WholeOutlinesOfFlutedToolsAndASheet) {
     ExpectSameOutline([seed](AcDbDatabase* db) { return fluted::DrawFlutedTool(db, {.seed = seed, .flutes = 12}); },
                       "fluted tool");
   ExpectSameOutline([](AcDbDatabase* db) { return fluted::DrawSheet(db, 12); }, "sheet of tools");
+  ExpectSameOutline([](AcDbDatabase* db) { return fluted::DrawFlutedTool(db, {.seed = 9, .flutes = 8}); },
+                    "fluted tool, first driver", 1);
+  ExpectSameOutline([](AcDbDatabase* db) { return fluted::DrawSheet(db, 6); }, "sheet of tools, first driver", 1);
 }
 
 }  // namespace

@@ -114,6 +114,57 @@ class StagedDriver : public CEncircleLine {
     hook(nullptr);
   }
 
+  // The pipeline of the first driver (no slabs, nine-point hidden lines,
+  // no arcs restored).
+  void Run1(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result) {
+    Stages& s = static_cast<Stages&>(*this);
+    const CLayerSwitch layer(kCloneLayer);
+    std::vector<CLineInfo> lines;
+    E_RemoveLine_Dir d = E_VIEW_NONE;
+    double axis = 0;
+    Prologue(Driver::kPlain, ids, lines, d, axis);
+    s.RemoveCrossLine(lines);
+    s.BreakLines(lines);
+    s.RemoveLineInExcludeDir(d, axis, lines);
+    s.UpdateLinePtByNearestPt(lines);
+    s.RemoveShortLine(lines);
+    std::erase_if(lines, [](const CLineInfo& r) { return !r.m_bValid; });
+    std::vector<CLineInfo> l0, l1, l2, l3, accumulated;
+    auto append = [&](const std::vector<CLineInfo>& from) {
+      accumulated.insert(accumulated.end(), from.begin(), from.end());
+    };
+    if (d != 0) {
+      l1 = s.RemoveLine(E_VIEW_FROM_ABOVE, lines);
+      ConnectBreakLine(E_VIEW_FROM_ABOVE, l1);
+      append(l1);
+    }
+    if (d != 1) {
+      l0 = s.RemoveLine(E_VIEW_FROM_BELOW, lines);
+      s.RemoveLineInOtherDir(accumulated, l0);
+      ConnectBreakLine(E_VIEW_FROM_BELOW, l0);
+      append(l0);
+    }
+    if (d != 2) {
+      l3 = s.RemoveLine(E_VIEW_FROM_LEFT, lines);
+      s.RemoveLineInOtherDir(accumulated, l3);
+      s.RemoveLineByWalter(l3, E_VIEW_FROM_LEFT);
+      ConnectBreakLine(E_VIEW_FROM_LEFT, l3);
+      append(l3);
+    }
+    if (d != 3) {
+      l2 = s.RemoveLine(E_VIEW_FROM_RIGHT, lines);
+      s.RemoveLineInOtherDir(accumulated, l2);
+      s.RemoveLineByWalter(l2, E_VIEW_FROM_RIGHT);
+      ConnectBreakLine(E_VIEW_FROM_RIGHT, l2);
+      append(l2);
+    }
+    AcArray<AcGePoint3d> pts(0, 8);
+    AssemblePoints(d, l0, l1, l2, l3, pts);
+    DrawPlainPolyLine(pts, result);
+    DeleteCloneEnts();
+    SetLayersShow(true);
+  }
+
   // Records after slab cutting, summed over the three cuts of the last run.
   std::size_t m_slabRecords = 0;
 };
@@ -124,6 +175,8 @@ class IndexedStages : public StagedDriver<IndexedStages> {
   explicit IndexedStages(const CEncircleCalInfo& info = CEncircleCalInfo()) : StagedDriver(info) {}
   using CEncircleLine::BreakLines;
   using CEncircleLine::BreakLines2;
+  using CEncircleLine::RemoveCrossLine;
+  using CEncircleLine::RemoveLine;
   using CEncircleLine::RemoveLine2;
   using CEncircleLine::RemoveLineByWalter;
   using CEncircleLine::RemoveLineInExcludeDir;
