@@ -706,6 +706,15 @@ bool encodeObject(const AcDbObject& obj, TagList& list, WriteContext& ctx) {
   return true;
 }
 
+namespace {
+// Subclasses whose data the host holds in full (an xrecord's values, a
+// dictionary's entries, a group's members): a tag of the original that the
+// host no longer writes was removed, and must not come back.
+bool fullyModelled(std::string_view marker) {
+  return marker == "AcDbXrecord" || marker == "AcDbDictionary" || marker == "AcDbGroup";
+}
+}  // namespace
+
 void mergeUnmodelled(std::string_view original, TagList& out) {
   if (original.empty()) return;
   // The original's tags by subclass group (the part before the first
@@ -785,6 +794,7 @@ void mergeUnmodelled(std::string_view original, TagList& out) {
       out.insert(out.begin() + static_cast<std::ptrdiff_t>(xd), block.begin(), block.end());
       continue;
     }
+    if (fullyModelled(g.marker)) continue;
     std::vector<std::pair<int, std::string>> missing;
     for (const auto& tag : g.tags) {
       bool have = false;

@@ -164,7 +164,9 @@ std::string encodeFromUtf8(std::string_view utf8, const std::string& page) {
     for (std::size_t k = 1; k < len && k < rest.size(); ++k) cp = (cp << 6) | (rest[k] & 0x3F);
     char buf[16];
     if (cp > 0xFFFF) cp = 0xFFFD;  // escapes hold four hex digits
-    std::snprintf(buf, sizeof buf, "\\U+%04x", cp);
+    // Upper-case hex digits, as drafting programs write them; some readers
+    // know no other form.
+    std::snprintf(buf, sizeof buf, "\\U+%04X", cp);
     out += buf;
     return std::min(len, rest.size());
   });

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <numbers>
 
+#include "host/db/dictionary.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
 
@@ -127,6 +128,68 @@ TEST(DxfReader, EscapedCharactersAreDecodedButWrittenBackAsTheyWere) {
   std::string out;
   ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag));
   EXPECT_NE(out.find("\\U+8BA1\\U+7B97 \\M+5B3DF"), std::string::npos);  // the unchanged text as it was
+}
+
+TEST(DxfWriter, CharactersBeyondTheCodePageAreWrittenAsUpperCaseEscapes) {
+  DxfDrawing d;
+  d.database = std::make_unique<AcDbDatabase>();
+  AcDbObjectId layer;
+  ASSERT_EQ(host::findLayer(d.database.get(), "尺寸线", layer, true), Acad::eOk);
+  std::string out;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {"R2000"}, out, diag)) << diag.error;
+  EXPECT_NE(out.find("\\U+5C3A\\U+5BF8\\U+7EBF"), std::string::npos);
+}
+
+// Values an xrecord or a dictionary no longer holds stay out of the file
+// when the object is written again: its data are held in full.
+TEST(DxfWriter, RemovedXrecordValuesAndDictionaryEntriesDoNotComeBack) {
+  DxfDrawing d;
+  d.database = std::make_unique<AcDbDatabase>();
+  AcDbObjectId line;
+  host::appendEntity(d.database.get(), new AcDbLine({0, 0, 0}, {1, 0, 0}), line);
+  AcDbObjectId dictId, recId, innerId;
+  {
+    AcDbObjectPointer<AcDbDictionary> nod(d.database->namedObjectsDictionaryId(), AcDb::kForWrite);
+    auto* dict = new AcDbDictionary;
+    nod->setAt("D", dict, dictId);
+    auto* rec = new AcDbXrecord;
+    rec->setValues({GroupValue::fromString(1, "a"), GroupValue::fromReal(40, 1.5),
+                    GroupValue::fromString(331, line.handle().toHex())});
+    dict->setAt("REC", rec, recId);
+    rec->close();
+    auto* inner = new AcDbXrecord;
+    dict->setAt("INNER", inner, innerId);
+    inner->close();
+    dict->close();
+  }
+  std::string text;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, text, diag)) << diag.error;
+  DxfDrawing back;
+  ASSERT_TRUE(host::dxf::readDxfText(text, back, diag)) << diag.error;
+  AcDbDatabase* db = back.database.get();
+  {
+    AcDbObjectId id;
+    ASSERT_EQ(db->getAcDbObjectId(id, false, recId.handle()), Acad::eOk);
+    AcDbObjectPointer<AcDbXrecord> rec(id, AcDb::kForWrite);
+    EXPECT_EQ(rec->values()[2].text, line.handle().toHex());
+    rec->setValues({GroupValue::fromString(1, "b")});
+    ASSERT_EQ(db->getAcDbObjectId(id, false, dictId.handle()), Acad::eOk);
+    AcDbObjectPointer<AcDbDictionary> dict(id, AcDb::kForWrite);
+    ASSERT_EQ(dict->remove("REC"), Acad::eOk);
+    ASSERT_EQ(dict->remove("INNER"), Acad::eOk);
+  }
+  ASSERT_TRUE(host::dxf::writeDxfText(back, {}, text, diag)) << diag.error;
+  DxfDrawing again;
+  ASSERT_TRUE(host::dxf::readDxfText(text, again, diag)) << diag.error;
+  AcDbObjectId id;
+  ASSERT_EQ(again.database->getAcDbObjectId(id, false, recId.handle()), Acad::eOk);
+  AcDbObjectPointer<AcDbXrecord> rec(id, AcDb::kForRead);
+  EXPECT_EQ(rec->values(), GroupValues{GroupValue::fromString(1, "b")});
+  ASSERT_EQ(again.database->getAcDbObjectId(id, false, dictId.handle()), Acad::eOk);
+  AcDbObjectPointer<AcDbDictionary> dict(id, AcDb::kForRead);
+  EXPECT_EQ(dict->numEntries(), 0);
 }
 
 TEST(DxfWriter, WritesAtomicallyAndNeverTouchesTheInput) {
