@@ -1,0 +1,44 @@
+#include "tests/shell/sample_tasks.h"
+
+#include "host/db/operations.h"
+
+namespace {
+AcDbObjectId addLine(AcDbDatabase& db, double y) {
+  AcDbObjectId id;
+  host::appendEntity(&db, new AcDbLine({0, y, 0}, {20, y, 0}), id);
+  return id;
+}
+}  // namespace
+
+CBatchTaskList SampleTasks(AcDbDatabase& db) {
+  CBatchTaskList tasks(3);
+  tasks[0].m_strName = "钻头 φ12 批量";
+  tasks[0].m_nExecState = kBatchDone;
+  tasks[0].m_nExportState = kBatchError;
+  CBatchToolInfo tool;
+  tool.m_strName = "刀具-0001";
+  tool.m_ptCenter = AcGePoint3d(12.5, 0.1, 0);
+  tool.m_arrEntityIds = {addLine(db, 0), addLine(db, 1), addLine(db, 2)};
+  tool.m_idOutline = addLine(db, 3);
+  tool.m_nExecState = kBatchDone;
+  tool.m_nExportState = kBatchError;
+  tasks[0].m_vecTools.push_back(tool);
+  tool.m_strName = "0002";
+  tool.m_ptCenter = AcGePoint3d(-1, 1e-7, 0);
+  tool.m_arrEntityIds = {addLine(db, 4)};
+  tool.m_idOutline = AcDbObjectId::kNull;
+  tool.m_nExecState = kBatchError;
+  tool.m_nExportState = kBatchNotStarted;
+  tasks[0].m_vecTools.push_back(tool);
+  tasks[1].m_strName = "  空格 ";
+  CEncircleCalInfo& p = tasks[1].m_calInfo;
+  p.m_bRemoveDashed = false;
+  p.m_tolPoint = CEncircleCalInfo::MakeTol(0.002);
+  p.m_tolLine = CEncircleCalInfo::MakeTol(0.004);
+  p.m_tolFine = CEncircleCalInfo::MakeTol(1e-8);
+  p.m_dStep = 0.1;
+  p.m_dBreakLength = 2.5;
+  p.m_nAxisDir = 1;
+  tasks[2].m_strName = "T3";
+  return tasks;
+}

@@ -1,0 +1,97 @@
+// Test helper for the drawing-file tests of the batch task store.
+//   task_store_helper write OUT.dxf VERSION  a drawing with lines and a task
+//       store saved into it; prints the tasks as JSON
+//   task_store_helper dump IN.dxf [OUT.dxf]  loads the drawing's task store
+//       and prints it and the command-line messages as JSON; with OUT.dxf
+//       also saves the store and writes the drawing there
+#include <cstdio>
+#include <string>
+
+#include "app/cli/json.h"
+#include "host/dxf/dxf_file.h"
+#include "host/ed/messages.h"
+#include "shell/knife_diagram_factory.h"
+#include "tests/shell/sample_tasks.h"
+
+namespace {
+
+std::string handle(AcDbObjectId id) { return id.isNull() ? "0" : id.handle().toHex(); }
+
+void printTasks(cli::Json& j, const CBatchTaskList& tasks) {
+  j.key("tasks").beginArray();
+  for (const CBatchTaskInfo& t : tasks) {
+    j.beginObject().key("name").value(t.m_strName).key("exec").value(t.m_nExecState);
+    j.key("export").value(t.m_nExportState).key("tools").beginArray();
+    for (const CBatchToolInfo& tool : t.m_vecTools) {
+      j.beginObject().key("name").value(tool.m_strName).key("centre").beginArray();
+      j.value(tool.m_ptCenter.x).value(tool.m_ptCenter.y).value(tool.m_ptCenter.z).endArray();
+      j.key("entities").beginArray();
+      for (int i = 0; i < tool.m_arrEntityIds.length(); ++i) j.value(handle(tool.m_arrEntityIds[i]));
+      j.endArray().key("outline").value(handle(tool.m_idOutline));
+      j.key("exec").value(tool.m_nExecState).key("export").value(tool.m_nExportState).endObject();
+    }
+    const CEncircleCalInfo& p = t.m_calInfo;
+    j.endArray().key("params").beginObject();
+    j.key("remove_dashed").value(p.m_bRemoveDashed).key("tol_point").value(p.m_tolPoint.equalPoint());
+    j.key("tol_line").value(p.m_tolLine.equalPoint()).key("tol_fine").value(p.m_tolFine.equalPoint());
+    j.key("step").value(p.m_dStep).key("break_length").value(p.m_dBreakLength);
+    j.key("axis_dir").value(p.m_nAxisDir).endObject().endObject();
+  }
+  j.endArray();
+}
+
+int write(const std::string& path, const std::string& version) {
+  host::dxf::DxfDrawing drawing;
+  drawing.database = std::make_unique<AcDbDatabase>();
+  AcDbDatabase& db = *drawing.database;
+  CBatchTaskList& tasks = *CKnifeDiagramFactory::Instance().GetTaskStore(&db);
+  tasks = SampleTasks(db);
+  if (!CKnifeDiagramFactory::Instance().SaveTaskStore(&db)) return 1;
+  host::dxf::Diagnostics diag;
+  if (!host::dxf::writeDxfFile(path, drawing, {version}, diag)) {
+    std::fprintf(stderr, "%s\n", diag.error.c_str());
+    return 1;
+  }
+  cli::Json j;
+  j.beginObject();
+  printTasks(j, tasks);
+  j.endObject();
+  std::printf("%s\n", j.str().c_str());
+  return 0;
+}
+
+int dump(const std::string& in, const std::string& out) {
+  host::dxf::DxfDrawing drawing;
+  host::dxf::Diagnostics diag;
+  if (!host::dxf::readDxfFile(in, drawing, diag)) {
+    std::fprintf(stderr, "%s\n", diag.error.c_str());
+    return 1;
+  }
+  AcDbDatabase* db = drawing.database.get();
+  host::ed::takeMessages();
+  CKnifeDiagramFactory& factory = CKnifeDiagramFactory::Instance();
+  const bool found = factory.LoadTaskStore(db);
+  const std::string loadMessages = host::ed::takeMessages();
+  if (!out.empty()) {
+    if (!factory.SaveTaskStore(db) || !host::dxf::writeDxfFile(out, drawing, {}, diag)) {
+      std::fprintf(stderr, "saving failed: %s\n", diag.error.c_str());
+      return 1;
+    }
+  }
+  cli::Json j;
+  j.beginObject().key("found").value(found).key("messages").value(loadMessages);
+  printTasks(j, *factory.GetTaskStore(db));
+  j.endObject();
+  std::printf("%s\n", j.str().c_str());
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string cmd = argc > 1 ? argv[1] : "";
+  if (cmd == "write" && argc == 4) return write(argv[2], argv[3]);
+  if (cmd == "dump" && (argc == 3 || argc == 4)) return dump(argv[2], argc == 4 ? argv[3] : "");
+  std::fprintf(stderr, "usage: task_store_helper write OUT.dxf VERSION | dump IN.dxf [OUT.dxf]\n");
+  return 2;
+}
