@@ -51,11 +51,31 @@ void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
   // point, tried in the order of the full scan; a record that moves is
   // listed again under its new box. A candidate whose box is farther than
   // the distance found so far cannot change it and is passed over.
+  //
+  // An end point that another record's end point touches exactly ends the
+  // scan for it at distance 0 wherever that record comes in the scan, so it
+  // stays; the scan is needed only for the other end, and not at all when
+  // both ends are touched (the usual case in a chain of chords). The end
+  // points are found through a grid of the current end points (number
+  // 2j for the start of record j, 2j + 1 for its end).
   std::vector<engine::Box2> boxes;
   boxes.reserve(lines.size());
   for (const CLineInfo& line : lines) boxes.push_back(engine::BoxOf(line, 0));
   engine::BoxGrid grid;
   grid.Build(boxes);
+  engine::PointGrid ends(1e-9);
+  ends.Reserve(2 * lines.size());
+  for (std::size_t j = 0; j < lines.size(); ++j) {
+    ends.Add(lines[j].m_ptStart, static_cast<std::uint32_t>(2 * j));
+    ends.Add(lines[j].m_ptEnd, static_cast<std::uint32_t>(2 * j + 1));
+  }
+  auto touched = [&](std::size_t i, const AcGePoint3d& p) {
+    return ends.Any(p, [&](std::uint32_t k) {
+      const std::size_t j = k / 2;
+      if (j == i) return false;
+      return p.distanceTo(k % 2 ? lines[j].m_ptEnd : lines[j].m_ptStart) == 0;
+    });
+  };
   std::vector<std::uint32_t> nearS, nearE, near;
   auto closer = [](const AcGePoint3d& from, const AcGePoint3d& to, double& best, AcGePoint3d& at) {
     const double d = from.distanceTo(to);
@@ -79,10 +99,17 @@ void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (!lines[i].m_bValid) continue;
     const AcGePoint3d S = lines[i].m_ptStart, E = lines[i].m_ptEnd;
-    double dS = kFar, dE = kFar;
+    const bool stayS = touched(i, S), stayE = touched(i, E);
+    if (stayS && stayE) continue;
+    // An end that stays counts as found at distance 0.
+    double dS = stayS ? 0 : kFar, dE = stayE ? 0 : kFar;
     AcGePoint3d pS, pE;
-    grid.Candidates(around(S), nearS, [&](std::uint32_t j) { return j != i && boxDistance(S, j) < kSnap; });
-    grid.Candidates(around(E), nearE, [&](std::uint32_t j) { return j != i && boxDistance(E, j) < kSnap; });
+    nearS.clear();
+    nearE.clear();
+    if (!stayS)
+      grid.Candidates(around(S), nearS, [&](std::uint32_t j) { return j != i && boxDistance(S, j) < kSnap; });
+    if (!stayE)
+      grid.Candidates(around(E), nearE, [&](std::uint32_t j) { return j != i && boxDistance(E, j) < kSnap; });
     near.clear();
     std::merge(nearS.begin(), nearS.end(), nearE.begin(), nearE.end(), std::back_inserter(near));
     near.erase(std::unique(near.begin(), near.end()), near.end());
@@ -106,5 +133,7 @@ void CEncircleLine::UpdateLinePtByNearestPt(std::vector<CLineInfo>& lines) {
     if (moveS) lines[i].m_ptStart = pS;
     if (moveE) lines[i].m_ptEnd = pE;
     if (moveS || moveE) grid.Add(static_cast<std::uint32_t>(i), engine::BoxOf(lines[i], 0));
+    if (moveS) ends.Add(lines[i].m_ptStart, static_cast<std::uint32_t>(2 * i));
+    if (moveE) ends.Add(lines[i].m_ptEnd, static_cast<std::uint32_t>(2 * i + 1));
   }
 }

@@ -134,10 +134,11 @@ std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const st
   std::vector<CLineInfo> w = lines;
   UpdateLineStartEndPt(dir, w);
   // The references are the records as oriented, also those removed below: a
-  // record may be hidden by one that is itself hidden. Whether some
-  // reference hides a record does not depend on the order in which the
-  // references are tried, so only those that can are tried.
-  const std::vector<CLineInfo> ref = w;
+  // record may be hidden by one that is itself hidden (the records go only
+  // at the end, so w itself serves). Whether some reference hides a record
+  // does not depend on the order in which the references are tried, so only
+  // those that can are tried.
+  const std::vector<CLineInfo>& ref = w;
   const DirectionRefs refs(ref, dir, m_info.m_tolPoint.equalPoint());
   const double fine = m_info.m_tolFine.equalPoint();
   std::vector<char> gone(w.size(), 0);
@@ -165,7 +166,7 @@ std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const st
 std::vector<CLineInfo> CEncircleLine::RemoveLine(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines) {
   std::vector<CLineInfo> w = lines;
   UpdateLineStartEndPt(dir, w);
-  const std::vector<CLineInfo> ref = w;
+  const std::vector<CLineInfo>& ref = w;  // the records go only at the end
   const double fine = m_info.m_tolFine.equalPoint();
   const double tol = m_info.m_tolPoint.equalPoint();
   // The flags only ever go from false to true, and the decision is a

@@ -71,14 +71,27 @@ void CEncircleLine::GetLineInfoPt(const std::vector<CLineInfo>& lines, bool bFor
 }
 
 void CEncircleLine::RemoveCollinearPoints(AcArray<AcGePoint3d>& pts) {
-  for (int i = 0; i < pts.length() - 2;) {
-    const double alpha = angleDeg(pts[i], pts[i + 1]), beta = angleDeg(pts[i + 1], pts[i + 2]);
+  // Each triple is the last point kept, the point in question and the next
+  // one: the middle point goes when the three lie on a line within 1°, and
+  // the same last point is then tried with the next two. Built into a new
+  // array rather than by removals in place.
+  const int n = pts.length();
+  if (n < 3) return;
+  AcArray<AcGePoint3d> kept(0, 8);
+  kept.setPhysicalLength(n);
+  kept.append(pts[0]);
+  AcGePoint3d mid = pts[1];
+  for (int t = 2; t < n; ++t) {
+    const AcGePoint3d& next = pts[t];
+    const double alpha = angleDeg(kept.last(), mid), beta = angleDeg(mid, next);
     const bool sameLine = std::fabs(alpha - beta) < 1.0;
     const bool bothVertical = std::fabs(std::fabs(alpha) - 90.0) < 1.0 && std::fabs(std::fabs(beta) - 90.0) < 1.0;
     const bool bothHorizontal = std::fabs(alpha) < 1.0 && std::fabs(beta) < 1.0;
-    if (sameLine || bothVertical || bothHorizontal) pts.removeAt(i + 1);
-    else ++i;
+    if (!(sameLine || bothVertical || bothHorizontal)) kept.append(mid);
+    mid = next;
   }
+  kept.append(mid);
+  pts = kept;
 }
 
 AcArray<AcDbObjectId> CEncircleLine::GetAllArc(AcArray<AcDbObjectId> ids) {

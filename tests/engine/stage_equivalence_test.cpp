@@ -225,6 +225,28 @@ TEST(StageEquivalence, DuplicateCrossingAndShortRecords) {
   Compare("RemoveShortLine", [](auto& e, auto& v) { e.RemoveShortLine(v); });
 }
 
+TEST(StageEquivalence, CollinearOutlinePoints) {
+  // Point runs on a coarse lattice: straight runs, vertical and horizontal
+  // runs, repeated points and turns of about a degree.
+  for (std::uint32_t seed = 1; seed <= 200; ++seed) {
+    std::mt19937 rng(seed);
+    std::uniform_int_distribution<int> step(-2, 2);
+    std::uniform_real_distribution<double> unit(0, 1);
+    AcArray<AcGePoint3d> pts;
+    AcGePoint3d p(0, 0, 0);
+    const int n = 2 + static_cast<int>(seed % 60);
+    for (int k = 0; k < n; ++k) {
+      pts.append(p);
+      if (unit(rng) < 0.6) p = AcGePoint3d(p.x + step(rng), p.y + step(rng) * (unit(rng) < 0.2 ? 0.017 : 1), 0);
+    }
+    AcArray<AcGePoint3d> plain = pts, fast = pts;
+    PlainStages().RemoveCollinearPoints(plain);
+    IndexedStages(CEncircleCalInfo()).RemoveCollinearPoints(fast);
+    ASSERT_EQ(plain.length(), fast.length()) << "seed " << seed;
+    for (int k = 0; k < plain.length(); ++k) ASSERT_TRUE(sameBits(plain[k], fast[k])) << "seed " << seed;
+  }
+}
+
 // Whole outlines of fluted tools and of a sheet of tools, vertex for vertex:
 // the reference driver over the plain stages against the engine's driver.
 template <class Draw>

@@ -137,6 +137,8 @@ void DrawFlutedInto(Pen& pen, const ToolSpec& spec) {
     pen.line(xe, -R, xe + 0.3, -R + 0.4);                 // land
     pen.arc(xe + 0.3, -R + 0.9, 0.5, 1.2 * kPi, 1.5 * kPi);  // heel
     pen.line(x0, R, x0 + 0.2, R - 0.35);                   // margin
+    pen.line(x0 + 0.2, R - 0.35, x0 + 0.5, R - 0.3);       // margin relief
+    pen.arc(x0 + w * 0.5, 0, 0.3, 0.1 * kPi, 0.6 * kPi);    // web
   }
   // Hidden lines, section hatches, dimensions and text.
   pen.line(0.5, 0.3 * R, shankEnd, 0.3 * R, "HIDDEN", "DASHED");
@@ -147,7 +149,9 @@ void DrawFlutedInto(Pen& pen, const ToolSpec& spec) {
     const double x = L * k / 24.0;
     pen.dimension(0, R + 2, x + 1, R + 2, 3 + k * 0.8);
   }
-  for (int k = 0; k < 40; ++k) pen.text(L * (k % 10) / 10.0, -R - 6 - (k / 10) * 4.0, "P" + std::to_string(k) + "=" + std::to_string(k * 0.25));
+  // The parameter table beside the tool.
+  for (int k = 0; k < spec.notes; ++k)
+    pen.text(L * (k % 10) / 10.0, -R - 6 - (k / 10) * 4.0, "P" + std::to_string(k) + "=" + std::to_string(k * 0.25));
 }
 
 // A stepped tool of the kind a sheet holds: a few steps with corner arcs,

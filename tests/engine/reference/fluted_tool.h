@@ -1,7 +1,7 @@
 #pragma once
 // Tool drawings at the scale of real ones, for the equivalence tests and the
 // benchmark: a drill whose body is crossed by hundreds of spline flutes
-// (each with its land, heel and margin), a profile of many short lines and
+// (each with its land, heel, margin and web), a profile of many short lines and
 // arcs, hidden lines, section hatches, a dimension set and text; and a sheet
 // of many ordinary stepped tools. Each drawing comes with its axis line
 // (not selected) and the parameters that name it.
@@ -22,6 +22,7 @@ struct Drawing {
 struct ToolSpec {
   std::uint32_t seed = 1;
   int flutes = 400;
+  int notes = 40;  // texts of the parameter table
   double length = 80, radius = 6;
   AcGePoint3d origin{0, 0, 0};  // the left end of the axis
 };

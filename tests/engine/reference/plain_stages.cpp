@@ -410,3 +410,17 @@ void PlainStages::RemoveLineByWalter(std::vector<CLineInfo>& lines, E_RemoveLine
       ++i;
   }
 }
+
+void PlainStages::RemoveCollinearPoints(AcArray<AcGePoint3d>& pts) {
+  auto angleDeg = [](const AcGePoint3d& a, const AcGePoint3d& b) {
+    return std::atan((b.y - a.y) / (b.x - a.x)) * 180.0 / 3.14159265358979323846;
+  };
+  for (int i = 0; i < pts.length() - 2;) {
+    const double alpha = angleDeg(pts[i], pts[i + 1]), beta = angleDeg(pts[i + 1], pts[i + 2]);
+    const bool sameLine = std::fabs(alpha - beta) < 1.0;
+    const bool bothVertical = std::fabs(std::fabs(alpha) - 90.0) < 1.0 && std::fabs(std::fabs(beta) - 90.0) < 1.0;
+    const bool bothHorizontal = std::fabs(alpha) < 1.0 && std::fabs(beta) < 1.0;
+    if (sameLine || bothVertical || bothHorizontal) pts.removeAt(i + 1);
+    else ++i;
+  }
+}

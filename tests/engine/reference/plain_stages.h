@@ -23,6 +23,7 @@ class PlainStages : public StagedDriver<PlainStages> {
   void RemoveRepeatLine2(std::vector<CLineInfo>& lines);
   void RemoveShortLine(std::vector<CLineInfo>& lines);
   void RemoveLineByWalter(std::vector<CLineInfo>& lines, E_RemoveLine_Dir dir);
+  void RemoveCollinearPoints(AcArray<AcGePoint3d>& pts);
 
  private:
   static void SortBubble(CLineInfo& line);

@@ -175,6 +175,7 @@ class IndexedStages : public StagedDriver<IndexedStages> {
   explicit IndexedStages(const CEncircleCalInfo& info = CEncircleCalInfo()) : StagedDriver(info) {}
   using CEncircleLine::BreakLines;
   using CEncircleLine::BreakLines2;
+  using CEncircleLine::RemoveCollinearPoints;
   using CEncircleLine::RemoveCrossLine;
   using CEncircleLine::RemoveLine;
   using CEncircleLine::RemoveLine2;
