@@ -3,7 +3,8 @@
 - a store we save reads back in ezdxf as the xrecord "BLX" in the
   dictionary "VKDJBLX" of the named objects, with the expected group codes
   and values, its references naming the drawing's lines (R2000 and R2018,
-  Chinese names included), and loads back unchanged;
+  Chinese names included), loads back unchanged and saves again byte for
+  byte;
 - version 1 records that ezdxf writes load with the default parameters;
 - damaged records (wrong kinds, counts past the data, a negative count,
   another program's data) load as an empty list with a warning, and saving
@@ -99,9 +100,13 @@ def round_trip(version):
     lines = {e.dxf.handle for e in doc.modelspace() if e.dxftype() == "LINE"}
     refs = [v for c, v in tags if c == 331 and v != "0"]
     check(len(refs) == 5 and all(r in lines for r in refs), f"{version}: references {refs} name lines {lines}")
-    back = helper("dump", path)
+    again = os.path.join(TMP, f"saved-again-{version}.dxf")
+    back = helper("dump", path, again)
     check(back["found"] and back["tasks"] == written["tasks"], f"{version}: loads back unchanged: {back}")
     check(back["messages"] == "", f"{version}: no messages on load: {back['messages']}")
+    # Saving the loaded, unchanged store changes nothing in the drawing.
+    with open(path, "rb") as a, open(again, "rb") as b:
+        check(a.read() == b.read(), f"{version}: saved again byte for byte")
 
 
 def drawing_with_record(name, version, make_tags, codepage=None):
