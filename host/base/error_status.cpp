@@ -27,6 +27,8 @@ const char* errorString(ErrorStatus es) {
     case eFileAccessErr: return "eFileAccessErr";
     case eBadDxfFile: return "eBadDxfFile";
     case eGeneralModelingFailure: return "eGeneralModelingFailure";
+    case eLockViolation: return "eLockViolation";
+    case eNotInGroup: return "eNotInGroup";
   }
   return "unknown status";
 }

@@ -27,6 +27,8 @@ enum ErrorStatus {
   eFileAccessErr,
   eBadDxfFile,
   eGeneralModelingFailure,
+  eLockViolation,
+  eNotInGroup,
 };
 const char* errorString(ErrorStatus es);
 }  // namespace Acad

@@ -1,0 +1,30 @@
+#pragma once
+// The host's own commands (group kHostCommandGroup): OPEN, SAVE (QSAVE),
+// SAVEAS, CLOSE, EXPLODE, ERASE, DELCONSTRAINT, ZOOM (E, W), LAYER (ON,
+// OFF), LAYON and LAYOFF; and the drawing operations behind them.
+#include <string>
+
+#include "host/db/database.h"
+
+class AcApDocument;
+class AcEdCommandStack;
+
+namespace host::ed {
+
+// Adds the host's commands to the stack (done once for the host's stack).
+void registerHostCommands(AcEdCommandStack& stack);
+
+// Reads a drawing file and opens it as the current document.
+bool openDrawing(const std::string& path, std::string& error);
+// Writes the document's drawing to path: editor reactors hear beginSave
+// before and saveComplete after a successful write; the document is then
+// unmodified.
+bool saveDocument(AcApDocument* doc, const std::string& path, std::string& error);
+
+// Geometric-constraint objects (constraint groups and the dependencies that
+// tie entities to them): all of the drawing's when all, else those tied to
+// the entities. Nothing else is removed; entities stop naming them.
+bool isConstraintObject(const AcDbObject& obj);
+int removeConstraints(AcDbDatabase* db, const AcDbObjectIdArray& entities, bool all);
+
+}  // namespace host::ed
