@@ -13,3 +13,5 @@ echo "== samples"
 /usr/bin/python3 bench/outline_samples_bench.py build
 echo "== DXF files (envline against ezdxf)"
 /usr/bin/python3 bench/dxf_bench.py build
+echo "== batch tasks (100 framed tools)"
+/usr/bin/python3 bench/batch_bench.py build

@@ -2,6 +2,8 @@
 """The main job: the envelope line of every sample tool (each tool of the
 multi-tool sheet by its window), written to out/ as DXF, PNG and JSON, and
 its revolved solid as SAT, STEP and STL, with a one-line summary per tool.
+Then the batch example: the frames of the sample sheet become one task kept
+in the drawing, which is run and exported with a report.
 
 usage: run_samples.py BUILD_DIR [OUT_DIR]
 """
@@ -42,7 +44,31 @@ def main():
               f"area {o['area']:.1f}  {t['read'] + t['compute'] + t['write']:.1f} ms + solid {t['solid'] + t['stl']:.1f} ms"
               f"  -> {stem}.dxf/.png/.json/.sat/.step/.stl")
     print(f"{len(rows) - failures} outlines made, {failures} failed; results in {out}")
+    failures += batch_example(envline, out)
     return 1 if failures else 0
+
+
+def batch_example(envline, out):
+    """A task of the sample sheet's frames, run and exported with a report."""
+    sheet = os.path.join(out, "tool_sheet_batch.dxf")
+    steps = [["new-task", "刀具图纸", "-o", sheet],
+             ["add-frames", "刀具图纸", "--in-place"],
+             ["run", "--in-place"],
+             ["export", "--dir", os.path.join(out, "batch_solids"), "--formats", "sat,step",
+              "--report", os.path.join(out, "tool_sheet_batch.xlsx"), "--in-place"],
+             ["tasks"]]
+    source = os.path.join(ROOT, "samples", "tool_sheet.dxf")
+    print("batch: the frames of tool_sheet.dxf as one task")
+    for step in steps:
+        r = subprocess.run([envline, "batch", sheet if step[0] != "new-task" else source, *step, "--quiet"],
+                           capture_output=True, text=True)
+        for line in r.stdout.splitlines():
+            print("  " + line)
+        if r.returncode != 0:
+            print(f"  envline batch {step[0]} failed (exit {r.returncode}): {r.stderr.strip()}")
+            return 1
+    print(f"batch results: {sheet}, batch_solids/, tool_sheet_batch.xlsx")
+    return 0
 
 
 if __name__ == "__main__":

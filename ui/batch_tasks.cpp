@@ -12,6 +12,8 @@
 #include "util/layer_switch.h"
 
 const char* const kExportLayer = "EncircleLine3D";
+const char* const kNoFrameToolNumber = "未获取到图框中刀具编号，请手动输入";
+const char* const kProposedToolName = "0001";
 
 namespace {
 

@@ -12,7 +12,9 @@
 #include "output/solid_export.h"
 #include "shell/batch_task.h"
 
-extern const char* const kExportLayer;  // "EncircleLine3D"
+extern const char* const kExportLayer;        // "EncircleLine3D"
+extern const char* const kNoFrameToolNumber;  // "未获取到图框中刀具编号，请手动输入"
+extern const char* const kProposedToolName;   // "0001", offered when no frame names the tool
 
 // The tool number of the tagged drawing frame that holds the entities' box;
 // empty when no frame does.

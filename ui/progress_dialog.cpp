@@ -46,7 +46,9 @@ void CDialogProgress::Update(int total, int done, int failed, double weight) {
   m_view->SetRange(0, BarRange(total));
   m_view->SetPosition(done);
   const std::int64_t elapsed = m_clock() - m_tStart;
-  m_view->SetText(ProgressText(total, done, failed, elapsed, EstimateRemaining(elapsed, total, done, weight)));
+  const int remaining = EstimateRemaining(elapsed, total, done, weight);
+  m_view->SetText(ProgressText(total, done, failed, elapsed, remaining));
+  m_view->ShowCounts(total, done, failed, static_cast<int>(elapsed), remaining);
   m_nFailed = failed;
 }
 

@@ -16,6 +16,8 @@ class ProgressView {
   virtual void SetRange(int lower, int upper) = 0;
   virtual void SetPosition(int position) = 0;
   virtual void SetText(const std::string& text) = 0;
+  // The numbers of the text, for views that lay them out their own way.
+  virtual void ShowCounts(int /*total*/, int /*done*/, int /*failed*/, int /*elapsed*/, int /*remaining*/) {}
   // Handles every event waiting for the user interface, so that it stays
   // responsive between the items of a long loop.
   virtual void PumpMessages() = 0;

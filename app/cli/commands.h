@@ -11,4 +11,5 @@ int runConvert(const Args& args);
 int runInfo(const Args& args);
 int runOutline(const Args& args);
 int runExport(const Args& args);
+int runBatch(const Args& args);
 }  // namespace cli

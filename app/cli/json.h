@@ -43,6 +43,11 @@ class Json {
     m_out += b ? "true" : "false";
     return *this;
   }
+  Json& null() {
+    comma();
+    m_out += "null";
+    return *this;
+  }
   const std::string& str() const { return m_out; }
 
  private:

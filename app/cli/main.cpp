@@ -20,6 +20,9 @@ const char* kUsage =
     "                       the tool's envelope line, written into the drawing\n"
     "  envline export DRAWING.dxf --dir DIR [--formats sat,step,stl] [options]\n"
     "                       outlines to solid files named by tool number\n"
+    "  envline batch DRAWING.dxf SUBCOMMAND [ARGS] [-o OUT.dxf | --in-place]\n"
+    "                       batch tasks kept in the drawing: tasks, new-task,\n"
+    "                       add-tool, add-frames, params, run, export, ...\n"
     "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
     "                       load and save a drawing (a round trip by default)\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
@@ -97,6 +100,7 @@ int main(int argc, char** argv) {
   if (command == "info") return cli::runInfo(rest);
   if (command == "outline") return cli::runOutline(rest);
   if (command == "export") return cli::runExport(rest);
+  if (command == "batch") return cli::runBatch(rest);
   std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
   return 2;
 }
