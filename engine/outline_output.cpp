@@ -27,6 +27,40 @@ bool IsPointOnArcTol(AcDbObjectId arcId, const AcGePoint3d& pt, double t) {
   return ((a > s || nearS) && a < e) || nearE;
 }
 
+// The arcs among a list of curves that a point lies on, as IsPointOnArc
+// answers: only arcs whose circle's box (grown well past the tolerance)
+// holds the point are tried, in the order of the list.
+class ArcsAt {
+ public:
+  explicit ArcsAt(const AcArray<AcDbObjectId>& ids) : m_ids(ids) {
+    std::vector<engine::Box2> boxes;
+    for (int k = 0; k < ids.length(); ++k) {
+      AcDbObjectPointer<AcDbArc> arc(ids[k], AcDb::kForRead);
+      if (!arc) continue;  // not an arc: never on
+      const AcGePoint3d c = arc->center();
+      const double r = arc->radius() + 1e-3;
+      boxes.push_back({c.x - r, c.y - r, c.x + r, c.y + r});
+      m_position.push_back(k);
+    }
+    m_grid.Build(boxes);
+  }
+  AcArray<AcDbObjectId> operator()(const AcGePoint3d& pt) {
+    AcArray<AcDbObjectId> on;
+    m_grid.Candidates({pt.x, pt.y, pt.x, pt.y}, m_near);
+    for (std::uint32_t n : m_near) {
+      const AcDbObjectId id = m_ids[m_position[n]];
+      if (IsPointOnArcTol(id, pt, 0.0001)) on.append(id);
+    }
+    return on;
+  }
+
+ private:
+  const AcArray<AcDbObjectId>& m_ids;
+  std::vector<int> m_position;  // of each indexed arc in m_ids
+  engine::BoxGrid m_grid;
+  std::vector<std::uint32_t> m_near;
+};
+
 double angleDeg(const AcGePoint3d& a, const AcGePoint3d& b) {
   // A vertical segment gives ±90 through the infinite slope.
   return std::atan((b.y - a.y) / (b.x - a.x)) * 180.0 / kPi;
@@ -152,9 +186,10 @@ void CEncircleLine::DrawPolyLine(AcArray<AcDbObjectId>, AcArray<AcGePoint3d> pts
   AcArray<AcGePoint3d> run;
   bool pending = false;
   const int count = pts.length();
+  ArcsAt arcsAt(m_curveIds);
   int i = 0;
   while (i < count) {
-    AcArray<AcDbObjectId> cands = IsPointOnArc(m_curveIds, pts[i]);
+    AcArray<AcDbObjectId> cands = arcsAt(pts[i]);
     if (cands.isEmpty()) {
       if (pending) {
         addVertex(pline, index, pts[i - 1], 0);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and runs the benchmarks: the host, the DXF reader and writer, the
-# outline engine, the solids, and the outline and solid of every sample.
+# outline engine (also at drawing scale), the solids, and the outline and solid of every sample.
 # Arguments go to the Google Benchmark programs (e.g. --benchmark_filter=...).
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -9,6 +9,8 @@ for b in host_bench engine_bench solid_bench; do
   echo "== $b"
   "./build/bench/$b" "$@"
 done
+echo "== engine at drawing scale (plain loops against indexed stages)"
+./build/bench/engine_scale_bench
 echo "== samples"
 /usr/bin/python3 bench/outline_samples_bench.py build
 echo "== DXF files (envline against ezdxf)"
