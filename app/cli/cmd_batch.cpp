@@ -69,24 +69,11 @@ const char* kHelp =
     "Exit codes: 0 every tool succeeded, 3 some failed, 2 bad usage or an unknown\n"
     "task or tool, 1 unreadable input or unwritable output.\n";
 
-
-bool Numbers(const std::string& text, std::vector<double>& out, std::size_t count) {
-  out.clear();
-  for (const std::string& part : SplitList(text)) {
-    char* end = nullptr;
-    const double v = std::strtod(part.c_str(), &end);
-    if (part.empty() || *end != 0 || !std::isfinite(v)) return false;
-    out.push_back(v);
-  }
-  return out.size() == count;
-}
-
 std::optional<int> YesNo(const std::string& v) {
   if (v == "yes" || v == "1" || v == "true") return 1;
   if (v == "no" || v == "0" || v == "false") return 0;
   return std::nullopt;
 }
-
 
 // Parses the arguments; returns 0 to go on, -1 after help, else the exit code.
 int Parse(const Args& args, Options& o) {
@@ -115,7 +102,7 @@ int Parse(const Args& args, Options& o) {
       o.report = *s;
     } else if (a == "--window" || a == "--crossing") {
       const std::string* s = value();
-      if (!s || !Numbers(*s, v, 4)) return Usage(a + " needs X1,Y1,X2,Y2");
+      if (!s || !SplitNumbers(*s, v, 4)) return Usage(a + " needs X1,Y1,X2,Y2");
       (a == "--window" ? o.window : o.crossing) = std::array<double, 4>{v[0], v[1], v[2], v[3]};
     } else if (a == "--handles") {
       const std::string* s = value();
@@ -124,7 +111,7 @@ int Parse(const Args& args, Options& o) {
     } else if (a == "--centre" || a == "--center") {
       const std::string* s = value();
       if (s && *s == "auto") o.autoCentre = true;
-      else if (s && Numbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
+      else if (s && SplitNumbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
       else return Usage("--centre needs X,Y or auto");
     } else if (a == "--name") {
       const std::string* s = value();

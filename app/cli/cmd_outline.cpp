@@ -76,17 +76,6 @@ int usage(const std::string& message) {
   return 2;
 }
 
-bool numbers(const std::string& text, std::vector<double>& out, std::size_t count) {
-  out.clear();
-  for (const std::string& part : SplitList(text)) {
-    char* end = nullptr;
-    const double v = std::strtod(part.c_str(), &end);
-    if (part.empty() || *end != 0 || !std::isfinite(v)) return false;
-    out.push_back(v);
-  }
-  return out.size() == count;
-}
-
 // Parses the arguments; returns 0 to go on, otherwise the exit code.
 int parse(const Args& args, Options& o) {
   auto value = [&](std::size_t& i) -> const std::string* { return i + 1 < args.size() ? &args[++i] : nullptr; };
@@ -102,7 +91,7 @@ int parse(const Args& args, Options& o) {
       o.output = *s;
     } else if (a == "--window" || a == "--crossing") {
       const std::string* s = value(i);
-      if (!s || !numbers(*s, v, 4)) return usage(a + " needs X1,Y1,X2,Y2");
+      if (!s || !SplitNumbers(*s, v, 4)) return usage(a + " needs X1,Y1,X2,Y2");
       (a == "--window" ? o.window : o.crossing) = std::array<double, 4>{v[0], v[1], v[2], v[3]};
     } else if (a == "--handles") {
       const std::string* s = value(i);
@@ -116,7 +105,7 @@ int parse(const Args& args, Options& o) {
       const std::string* s = value(i);
       if (!s) return usage("--centre needs X,Y or auto");
       if (*s == "auto") o.autoCentre = true;
-      else if (numbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
+      else if (SplitNumbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
       else return usage("--centre needs X,Y or auto, not '" + *s + "'");
     } else if (a == "--side") {
       const std::string* s = value(i);
@@ -130,7 +119,7 @@ int parse(const Args& args, Options& o) {
     } else if (a == "--point-tol" || a == "--line-tol" || a == "--fine-tol" || a == "--arc-step" ||
                a == "--break-length") {
       const std::string* s = value(i);
-      if (!s || !numbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
+      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
       double& field = a == "--point-tol"  ? o.settings.dPointTol
                       : a == "--line-tol" ? o.settings.dLineTol
                       : a == "--fine-tol" ? o.settings.dFineTol
@@ -151,7 +140,7 @@ int parse(const Args& args, Options& o) {
       o.orientation = *s == "z" ? SolidOrientation::kAxisZ : SolidOrientation::kDrawing;
     } else if (a == "--stl-tolerance") {
       const std::string* s = value(i);
-      if (!s || !numbers(*s, v, 1) || !(v[0] > 0)) return usage("--stl-tolerance needs a positive number");
+      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage("--stl-tolerance needs a positive number");
       o.stlTolerance = v[0];
     } else if (a == "--keep-solid") {
       o.keepSolid = true;
