@@ -16,7 +16,7 @@
 #include "host/ed/editor_input.h"
 #include "shell/knife_diagram_factory.h"
 #include "shell/task_store.h"
-#include "ui/bulk_gen_dialog.h"
+#include "ui/bulk_gen_encircle_line_dlg.h"
 #include "util/entity_utils.h"
 
 namespace {
@@ -262,6 +262,36 @@ TEST_F(BatchDialog, HighlightingAndDeleting) {
   EXPECT_TRUE(second.isErased());
   EXPECT_TRUE(m_dlg.TaskRows().empty());
   EXPECT_TRUE(m_dlg.ToolRows().empty());
+}
+
+TEST_F(BatchDialog, TheModuleDialogAsksOnTheCommandLineWithoutAWindow) {
+  ShowBatchDialog();
+  CBulkGenEncircleLineDlg* dlg = CBulkGenEncircleLineDlg::ModulePointer();
+  ASSERT_NE(dlg, nullptr);
+  ShowBatchDialog();  // the same dialog, shown again
+  EXPECT_EQ(CBulkGenEncircleLineDlg::ModulePointer(), dlg);
+  const auto window = host::ed::headlessDialogService().liveWindow(CBulkGenEncircleLineDlg::IDD);
+  ASSERT_TRUE(window);
+  EXPECT_EQ(window->shown, 2);
+  Answer({"命令行任务"});
+  dlg->OnNewTask();
+  Answer({""});  // Enter with no proposal: refused
+  dlg->OnNewTask();
+  EXPECT_EQ(Messages(), std::vector<std::string>{"名称不能为空"});
+  ASSERT_EQ(dlg->TaskRows().size(), 1u);
+  EXPECT_EQ(dlg->TaskRows()[0][1], "命令行任务");
+  dlg->SelectTasks({0});
+  tooltest::DrawTool(db(), {{{2000, 0, 0}, {2000, 5, 0}, {2040, 5, 0}, {2040, 0, 0}}});
+  Answer({"W 1990,-20 2050,20", "", "2020,0", ""});  // Enter takes the proposal
+  dlg->OnAddTool();
+  ASSERT_EQ(dlg->ToolRows().size(), 1u);
+  EXPECT_EQ(dlg->ToolRows()[0][1], "0001");
+  const int refreshed = dlg->RefreshCount();
+  dlg->Refresh();
+  EXPECT_EQ(dlg->RefreshCount(), refreshed + 1);
+  dlg->destroyWindow();  // the module forgets it
+  EXPECT_EQ(CBulkGenEncircleLineDlg::ModulePointer(), nullptr);
+  Messages();
 }
 
 TEST_F(BatchDialog, TheStoreIsSavedAndReadBackWithTheStates) {

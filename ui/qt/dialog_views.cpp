@@ -307,4 +307,11 @@ void InstallProgressWindows() {
   SetProgressViewFactory([] { return std::make_unique<ProgressWindow>(); });
 }
 
+void InstallBatchViews(QWidget* mainWindow) {
+  static ModalRunner runner;
+  runner.SetParent(mainWindow);
+  SetBatchModalRunner(&runner);
+  InstallProgressWindows();
+}
+
 }  // namespace ui::qt

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/ed/services.h"
-#include "ui/bulk_gen_dialog.h"
+#include "ui/bulk_gen_encircle_line_dlg.h"
 #include "ui/progress_dialog.h"
 
 class QLabel;
@@ -132,5 +132,9 @@ class ProgressWindow : public QWidget, public ProgressView {
 
 // Makes the module's progress display show ProgressWindow windows.
 void InstallProgressWindows();
+// The desktop window's part: the module's batch dialog opens its modal
+// views over mainWindow, and progress shows in ProgressWindow windows. (The
+// window registers MakeBatchDialogWindow for resource 188 itself.)
+void InstallBatchViews(QWidget* mainWindow);
 
 }  // namespace ui::qt

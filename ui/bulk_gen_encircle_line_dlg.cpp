@@ -1,4 +1,4 @@
-#include "ui/bulk_gen_dialog.h"
+#include "ui/bulk_gen_encircle_line_dlg.h"
 
 #include <algorithm>
 #include <memory>
@@ -60,8 +60,49 @@ class HiddenWhilePicking {
 
 }  // namespace
 
+namespace {
+BatchModalRunner*& InstalledRunner() {
+  static BatchModalRunner* runner = nullptr;
+  return runner;
+}
+}  // namespace
+
+bool CommandLineModalRunner::RunNameDialog(CInputNameDlg& dlg) {
+  std::string name;
+  const std::string prompt = std::string(CInputNameDlg::kLabel) + (dlg.m_strName.empty() ? "" : " <" + dlg.m_strName + ">") + " ";
+  if (host::ed::getString(prompt, name) != RTNORM) return false;
+  if (!name.empty()) dlg.m_strName = name;
+  if (const auto refused = dlg.OnOK()) {
+    host::ed::messageBox(*refused);
+    return false;
+  }
+  return true;
+}
+
+bool CommandLineModalRunner::RunParaSetDialog(CEncircleParaSetDlg&) { return false; }
+
+void SetBatchModalRunner(BatchModalRunner* runner) { InstalledRunner() = runner; }
+
+BatchModalRunner& BatchModalRunnerInUse() {
+  static CommandLineModalRunner commandLine;
+  return InstalledRunner() ? *InstalledRunner() : commandLine;
+}
+
+CBulkGenEncircleLineDlg::CBulkGenEncircleLineDlg() : host::ed::ModelessDialog(IDD), m_runner(nullptr) {}
+
 CBulkGenEncircleLineDlg::CBulkGenEncircleLineDlg(BatchModalRunner& runner)
-    : host::ed::ModelessDialog(kResourceId), m_runner(runner) {}
+    : host::ed::ModelessDialog(IDD), m_runner(&runner) {}
+
+CBulkGenEncircleLineDlg*& CBulkGenEncircleLineDlg::ModulePointer() {
+  static CBulkGenEncircleLineDlg* dialog = nullptr;
+  return dialog;
+}
+
+void CBulkGenEncircleLineDlg::postNcDestroy() {
+  if (ModulePointer() != this) return;  // a dialog the module does not own stays its owner's
+  ModulePointer() = nullptr;
+  delete this;
+}
 
 const std::vector<CBulkGenEncircleLineDlg::Button>& CBulkGenEncircleLineDlg::Buttons() {
   using D = CBulkGenEncircleLineDlg;
@@ -137,6 +178,7 @@ void CBulkGenEncircleLineDlg::SelectTools(std::vector<int> rows) {
 }
 
 void CBulkGenEncircleLineDlg::Refresh() {
+  ++m_refreshCount;
   m_selTasks.clear();
   m_selTools.clear();
   m_toolTask = -1;
@@ -187,7 +229,7 @@ bool CBulkGenEncircleLineDlg::Press(int nId) {
 
 void CBulkGenEncircleLineDlg::OnNewTask() {
   CInputNameDlg dlg;
-  if (!m_runner.RunNameDialog(dlg)) return;
+  if (!Runner().RunNameDialog(dlg)) return;
   CBatchTaskList* store = Store();
   if (!store) return;
   CBatchTaskInfo task;
@@ -247,7 +289,7 @@ void CBulkGenEncircleLineDlg::OnAddTool() {
     Message(kNoFrameToolNumber);
     CInputNameDlg dlg;
     dlg.m_strName = kProposedToolName;
-    if (!m_runner.RunNameDialog(dlg)) return;
+    if (!Runner().RunNameDialog(dlg)) return;
     name = dlg.m_strName;
   }
   task->m_vecTools.push_back(NewToolItem(name, centre, ids));
@@ -320,7 +362,7 @@ void CBulkGenEncircleLineDlg::OnParamSet() {
   CEncircleParaSetDlg dlg;
   dlg.m_info = task->m_calInfo;
   dlg.OnInitDialog();
-  if (m_runner.RunParaSetDialog(dlg)) task->m_calInfo = dlg.m_info;
+  if (Runner().RunParaSetDialog(dlg)) task->m_calInfo = dlg.m_info;
 }
 
 void CBulkGenEncircleLineDlg::OnEraseOutlines() {
@@ -342,39 +384,12 @@ void CBulkGenEncircleLineDlg::OnEraseOutline() {
   Changed();
 }
 
-namespace {
-// The module's one batch dialog; null while none is open.
-CBulkGenEncircleLineDlg*& DialogPointer() {
-  static CBulkGenEncircleLineDlg* dialog = nullptr;
-  return dialog;
-}
-
-// The batch dialog as the module keeps it: it deletes itself when its
-// window is gone, and the module forgets it.
-class ModuleBatchDialog : public CBulkGenEncircleLineDlg {
- public:
-  using CBulkGenEncircleLineDlg::CBulkGenEncircleLineDlg;
-
- protected:
-  void postNcDestroy() override {
-    DialogPointer() = nullptr;
-    delete this;
-  }
-};
-}  // namespace
-
-void ShowBatchDialog(BatchModalRunner& runner) {
-  CBulkGenEncircleLineDlg*& dialog = DialogPointer();
+void ShowBatchDialog() {
+  CBulkGenEncircleLineDlg*& dialog = CBulkGenEncircleLineDlg::ModulePointer();
   if (!dialog) {
-    dialog = new ModuleBatchDialog(runner);
+    dialog = new CBulkGenEncircleLineDlg;
     dialog->create();
   }
   dialog->centreWindow();
   dialog->showWindow();
 }
-
-void RefreshBatchDialog() {
-  if (CBulkGenEncircleLineDlg* dialog = DialogPointer()) dialog->Refresh();
-}
-
-CBulkGenEncircleLineDlg* BatchDialog() { return DialogPointer(); }

@@ -23,9 +23,23 @@ class BatchModalRunner {
   virtual bool RunParaSetDialog(CEncircleParaSetDlg& dlg) = 0;
 };
 
+// Without a window: the name is asked on the command line ("名称:", Enter
+// takes the proposal); the parameters are left as they are (cancel).
+class CommandLineModalRunner : public BatchModalRunner {
+ public:
+  bool RunNameDialog(CInputNameDlg& dlg) override;
+  bool RunParaSetDialog(CEncircleParaSetDlg& dlg) override;
+};
+
+// The runner of the module's dialogs: the desktop window installs its views'
+// runner; null restores the command-line runner.
+void SetBatchModalRunner(BatchModalRunner* runner);
+BatchModalRunner& BatchModalRunnerInUse();
+
 class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
  public:
-  static constexpr int kResourceId = 188;
+  static constexpr int IDD = 188;
+  static constexpr int kResourceId = IDD;
   static constexpr const char* kCaption = "批量生成包络线";
   static constexpr int kTaskGrid = 1017;
   static constexpr int kToolGrid = 1021;
@@ -37,7 +51,13 @@ class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
     void (CBulkGenEncircleLineDlg::*handler)();
   };
 
+  // With the module's runner, or with the given one.
+  CBulkGenEncircleLineDlg();
   explicit CBulkGenEncircleLineDlg(BatchModalRunner& runner);
+
+  // The module's one batch dialog; null when none is open. Cleared when its
+  // window is destroyed.
+  static CBulkGenEncircleLineDlg*& ModulePointer();
 
   // The buttons in the dialog's order, with their control ids.
   static const std::vector<Button>& Buttons();
@@ -61,7 +81,8 @@ class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
 
   // Reloads the lists from the working drawing's store (another drawing
   // became active, or the store was loaded).
-  void Refresh();
+  virtual void Refresh();
+  int RefreshCount() const { return m_refreshCount; }
   // Called whenever the lists' contents or selections change.
   void SetChangedCallback(std::function<void()> callback) { m_onChanged = std::move(callback); }
 
@@ -83,6 +104,10 @@ class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
   // Runs the button with this control id; false for an unknown id.
   bool Press(int nId);
 
+ protected:
+  // The module's dialog deletes itself and is forgotten.
+  void postNcDestroy() override;
+
  private:
   CBatchTaskList* Store() const;
   CBatchTaskInfo* ToolTask() const;
@@ -92,20 +117,19 @@ class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
   CBatchTaskInfo* OneSelectedTask();
   // The first selected tool, or null after "请选择刀具数据".
   CBatchToolInfo* SelectedTool();
+  BatchModalRunner& Runner() const { return m_runner ? *m_runner : BatchModalRunnerInUse(); }
   void Changed();
   void Message(const std::string& text);
 
-  BatchModalRunner& m_runner;
+  BatchModalRunner* m_runner;  // null: the module's runner
   std::vector<int> m_selTasks, m_selTools;
   int m_toolTask = -1;  // the task whose tools the tool grid shows
   std::function<void()> m_onChanged;
+  int m_refreshCount = 0;
 };
 
 // The module's batch dialog: made on first show, then re-centred and shown.
-void ShowBatchDialog(BatchModalRunner& runner);
-// Makes the open batch dialog reload its lists; nothing when none is open.
-void RefreshBatchDialog();
-CBulkGenEncircleLineDlg* BatchDialog();
+void ShowBatchDialog();
 
 extern const char* const kSelectTaskData;      // "请选择任务数据"
 extern const char* const kSelectOneTask;       // "请选择一条任务数据"
