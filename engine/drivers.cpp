@@ -10,8 +10,8 @@ void append(std::vector<CLineInfo>& to, const std::vector<CLineInfo>& from) {
 }
 }  // namespace
 
-void CEncircleLine::Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, std::vector<CLineInfo>& lines,
-                             E_RemoveLine_Dir& d, double& dAxis) {
+void CEncircleLine::PrepareClones(Driver driver, const AcArray<AcDbObjectId>& ids, AcArray<AcDbObjectId>& converted,
+                                  E_RemoveLine_Dir& d, double& dAxis) {
   AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
   // The third driver leaves out what it cannot open for write and what lies
   // on the dimension layer; the others take the whole selection.
@@ -48,11 +48,10 @@ void CEncircleLine::Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, st
       if (ent) ent->transformBy(shift);
     }
   }
-  AcArray<AcDbObjectId> converted;
   ConvertToLines(clones, converted);
   d = m_info.m_nAxisDir != 0 ? E_VIEW_FROM_BELOW : E_VIEW_FROM_ABOVE;
   if (!GetMidLineAxisValue(dAxis)) d = E_VIEW_NONE;
-  converted.remove(m_info.m_idMidLine);
+  if (driver != Driver::kHatch) converted.remove(m_info.m_idMidLine);
   SetLayersShow(false);
   AcDbObjectId cloneLayer;
   if (db && host::findLayer(db, kCloneLayer, cloneLayer) == Acad::eOk) {
@@ -61,6 +60,12 @@ void CEncircleLine::Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, st
   }
   SetLineLayerAndType(converted, kCloneLayer);
   RemoveDashedIds(converted);
+}
+
+void CEncircleLine::Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, std::vector<CLineInfo>& lines,
+                             E_RemoveLine_Dir& d, double& dAxis) {
+  AcArray<AcDbObjectId> converted;
+  PrepareClones(driver, ids, converted, d, dAxis);
   for (AcDbObjectId id : converted) {
     CLineInfo record(id);
     if (record.m_id.isNull()) util::EraseEntity(id);  // no line: it takes no further part

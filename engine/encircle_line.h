@@ -35,10 +35,19 @@ class CEncircleLine {
   void GetEncircleLine2(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
   // The outline every user runs: slab cutting, arcs restored as bulges.
   void GetEncircleLine3(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
+  // The outline as the boundary of the region between a frame around the
+  // drawing (closed along the axis) and the drawing, seen from a point just
+  // inside the frame; result stays as it was when no boundary is found.
+  void GetEncircleLineByHatch(const AcArray<AcDbObjectId>& ids, AcDbObjectId& result);
 
  protected:
   // --- the drivers' shared steps ----------------------------------------------
-  enum class Driver { kPlain, kShifted, kSlabs };
+  enum class Driver { kPlain, kShifted, kSlabs, kHatch };
+  // Clones and converts the selection and prepares the layers; converted
+  // receives the ids of the converted entities (the hatch driver keeps the
+  // axis among them), d and dAxis the working direction and the axis value.
+  void PrepareClones(Driver driver, const AcArray<AcDbObjectId>& ids, AcArray<AcDbObjectId>& converted,
+                     E_RemoveLine_Dir& d, double& dAxis);
   // Clones, converts and filters the selection into line records; d and
   // dAxis receive the working direction and the axis value.
   void Prologue(Driver driver, const AcArray<AcDbObjectId>& ids, std::vector<CLineInfo>& lines, E_RemoveLine_Dir& d,

@@ -88,6 +88,15 @@ CVKRect CVKRect::Inflated(double margin) const {
   return r;
 }
 
+void CVKRect::Grow(double g) {
+  const double ex = std::max(-std::max(m_ptMax.x - m_ptMin.x, 0.0) / 2, g);
+  const double ey = std::max(-std::max(m_ptMax.y - m_ptMin.y, 0.0) / 2, g);
+  m_ptMin.x -= ex;
+  m_ptMax.x += ex;
+  m_ptMin.y -= ey;
+  m_ptMax.y += ey;
+}
+
 bool CVKRect::Contains(const AcGePoint3d& pt) const {
   return pt.x >= m_ptMin.x - kMargin && pt.x <= m_ptMax.x + kMargin && pt.y >= m_ptMin.y - kMargin &&
          pt.y <= m_ptMax.y + kMargin;

@@ -38,6 +38,10 @@ class CVKRect {
   // Grown by margin on every side in x and y (z too when not flat).
   CVKRect Inflated(double margin) const;
 
+  // Grows the x and y ranges by g on each side; a negative g shrinks a
+  // range at most to zero width about its middle.
+  void Grow(double g);
+
   // Point inside within 1e-6.
   bool Contains(const AcGePoint3d& pt) const;
   // Open-interval overlap with other grown by 1e-6, in x and y (and z when

@@ -24,7 +24,7 @@ CEncircleCalInfo SingleOutlineSettings::ToCalInfo(AcDbObjectId axisLine) const {
 }
 
 SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcGePoint3d& centre,
-                                     const SingleOutlineSettings& settings) {
+                                     const SingleOutlineSettings& settings, OutlineDriver driver) {
   SingleOutlineResult result;
   AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
   if (!db) {
@@ -46,10 +46,10 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
     }
   }
   // Earlier outlines in the selection are erased and left out.
-  DropOutlineLayerEntities(selection);
+  if (driver == OutlineDriver::kSlabs) DropOutlineLayerEntities(selection);
   result.nSelected = selection.length();
-  result.outline = ComputeOutlineAlongAxis(selection, centre, settings.ToCalInfo(AcDbObjectId::kNull));
-  if (!result.outline.isNull()) {
+  result.outline = ComputeOutlineAlongAxis(selection, centre, settings.ToCalInfo(AcDbObjectId::kNull), driver);
+  if (!result.outline.isNull() && driver == OutlineDriver::kSlabs) {
     AcDbObjectPointer<AcDbEntity> outline(result.outline, AcDb::kForRead);
     if (outline) outline->highlight();
   }
@@ -77,7 +77,7 @@ CVKRect SelectionBox(const AcArray<AcDbObjectId>& ids) {
 }
 
 AcDbObjectId ComputeOutlineAlongAxis(const AcArray<AcDbObjectId>& ids, const AcGePoint3d& centre,
-                                     CEncircleCalInfo info) {
+                                     CEncircleCalInfo info, OutlineDriver driver) {
   AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
   if (!db) return AcDbObjectId::kNull;
   AcAxDocLock lock(AcAp::kWrite);
@@ -90,7 +90,8 @@ AcDbObjectId ComputeOutlineAlongAxis(const AcArray<AcDbObjectId>& ids, const AcG
   info.m_idMidLine = axisId;
   AcDbObjectId outline;
   CEncircleLine engine(info);
-  engine.GetEncircleLine3(ids, outline);
+  if (driver == OutlineDriver::kHatch) engine.GetEncircleLineByHatch(ids, outline);
+  else engine.GetEncircleLine3(ids, outline);
   util::EraseEntity(axisId);
   return outline;
 }

@@ -29,13 +29,20 @@ struct SingleOutlineResult {
   int nSelected = 0;          // entities given to the engine
 };
 
+// Which driver computes: the slab-cutting one every user runs, or the
+// boundary-tracing one behind the dialog's hidden button.
+enum class OutlineDriver { kSlabs, kHatch };
+
 // Runs the outline on the working database: every entity is made visible,
 // earlier outlines on "TempEncircleLine" in the selection are erased and left
 // out, a temporary axis line through the centre spans the selection's box
 // ± 10, the third driver computes, the axis line is erased and the outline
 // is highlighted. The selection is updated (earlier outlines removed).
+// With the boundary-tracing driver earlier outlines stay in the selection
+// and the outline is not highlighted.
 SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcGePoint3d& centre,
-                                     const SingleOutlineSettings& settings);
+                                     const SingleOutlineSettings& settings,
+                                     OutlineDriver driver = OutlineDriver::kSlabs);
 
 // How many segments the selection gives once converted to lines (worked out
 // on clones that are erased again; the selection is not touched).
@@ -47,11 +54,11 @@ int CountSegmentsAfterConversion(const AcArray<AcDbObjectId>& selection, const S
 void DropOutlineLayerEntities(AcArray<AcDbObjectId>& ids);
 // The flat box of the entities' extents.
 CVKRect SelectionBox(const AcArray<AcDbObjectId>& ids);
-// The third driver on ids with info, its axis a temporary line through the
-// centre that spans the entities' box ± 10 (erased afterwards), with the
-// current document locked. The outline, or null.
+// The driver (the third one unless told) on ids with info, its axis a
+// temporary line through the centre that spans the entities' box ± 10
+// (erased afterwards), with the current document locked. The outline, or null.
 AcDbObjectId ComputeOutlineAlongAxis(const AcArray<AcDbObjectId>& ids, const AcGePoint3d& centre,
-                                     CEncircleCalInfo info);
+                                     CEncircleCalInfo info, OutlineDriver driver = OutlineDriver::kSlabs);
 
 extern const char* const kOutlineSucceeded;  // "计算包络线成功"
 extern const char* const kOutlineFailed;     // "计算包络线失败"

@@ -37,6 +37,8 @@ const char* kHelp =
     "  --centre auto             the longest horizontal centre line of the selection\n"
     "options\n"
     "  --side upper|lower        calculation side, 上半边 or 下半边 (default upper)\n"
+    "  --driver slabs|hatch      the outline method: slab cutting (default) or the\n"
+    "                            boundary of the region between a frame and the tool\n"
     "  --keep-dashed             do not leave out dashed and centre lines\n"
     "  --vertical-ends           close the outline with vertical ends\n"
     "  --point-tol T             point tolerance (0.0005)\n"
@@ -69,6 +71,7 @@ struct Options {
   std::optional<AcGePoint3d> centre;
   bool autoCentre = false, json = false, inPlace = false;
   SingleOutlineSettings settings;
+  OutlineDriver driver = OutlineDriver::kSlabs;
 };
 
 int usage(const std::string& message) {
@@ -112,6 +115,11 @@ int parse(const Args& args, Options& o) {
       if (s && (*s == "upper" || *s == "上半边")) o.settings.nSide = 0;
       else if (s && (*s == "lower" || *s == "下半边")) o.settings.nSide = 1;
       else return usage("--side is upper or lower");
+    } else if (a == "--driver") {
+      const std::string* s = value(i);
+      if (s && *s == "slabs") o.driver = OutlineDriver::kSlabs;
+      else if (s && *s == "hatch") o.driver = OutlineDriver::kHatch;
+      else return usage("--driver is slabs or hatch");
     } else if (a == "--keep-dashed") {
       o.settings.bRemoveDashed = false;
     } else if (a == "--vertical-ends") {
@@ -233,7 +241,7 @@ int runOutline(const Args& args) {
 
   clock = std::chrono::steady_clock::now();
   const int segments = o.json ? CountSegmentsAfterConversion(selection, o.settings) : -1;
-  const SingleOutlineResult run = RunSingleOutline(selection, centre, o.settings);
+  const SingleOutlineResult run = RunSingleOutline(selection, centre, o.settings, o.driver);
   const double computeMs = msSince(clock);
 
   // The solid of the outline, when asked for.
@@ -308,7 +316,9 @@ int runOutline(const Args& args) {
     }
     const SingleOutlineSettings& s = o.settings;
     j.key("parameters").beginObject().key("centre").beginArray().value(centre.x).value(centre.y).endArray();
-    j.key("side").value(s.nSide == 1 ? "lower" : "upper").key("remove_dashed").value(s.bRemoveDashed);
+    j.key("side").value(s.nSide == 1 ? "lower" : "upper");
+    j.key("driver").value(o.driver == OutlineDriver::kHatch ? "hatch" : "slabs");
+    j.key("remove_dashed").value(s.bRemoveDashed);
     j.key("vertical_ends").value(s.bVerticalEnds).key("point_tol").value(s.dPointTol).key("line_tol").value(s.dLineTol);
     j.key("fine_tol").value(s.dFineTol).key("arc_step").value(s.dStep).key("break_length").value(s.dBreakLength);
     j.endObject().key("counts").beginObject().key("selected").value(selected).key("to_engine").value(run.nSelected);

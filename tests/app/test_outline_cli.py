@@ -141,6 +141,27 @@ def main():
         vertices_ok(out, -1)
     case("lower side", lower_side)
 
+    def hatch_driver():
+        # The boundary of the region between frame and tool: the corners of
+        # the profile, the radius-2 corner as chords on its arc, no bulges,
+        # and no frame, axis or clone left in the drawing.
+        out = os.path.join(tmp, "hatch.dxf")
+        code, stdout, err = run(shaft, "-o", out, "--centre", "20,0", "--driver", "hatch", "--json")
+        assert code == 0, err
+        assert json.loads(stdout)["parameters"]["driver"] == "hatch"
+        pts = [(round(x, 6), round(y, 6), b) for x, y, b in outline_of(out).get_points("xyb")]
+        assert [p[:2] for p in pts[:4]] == expect[:4] and [p[:2] for p in pts[-3:]] == expect[-3:], pts
+        assert all(b == 0 for _, _, b in pts)
+        for x, y, _ in pts[4:-3]:
+            assert abs(math.hypot(x - 15, y - 3) - 2) < 0.02, (x, y)
+        doc = ezdxf.readfile(out)
+        layers = {e.dxf.layer for e in doc.modelspace()}
+        assert "TempEncircleLineClone" not in layers, layers
+        assert len(doc.modelspace()) == len(ezdxf.readfile(shaft).modelspace()) + 1
+        code, _, err = run(shaft, "-o", out, "--centre", "20,0", "--driver", "bogus")
+        assert code == 2 and "--driver" in err, err
+    case("--driver hatch", hatch_driver)
+
     def auto_centre_refused():
         none = os.path.join(tmp, "none.dxf")
         shaft_drawing(none, centre_lines=())

@@ -74,6 +74,7 @@ AcDbObjectId RunOutline(AcDbDatabase* db, const AcArray<AcDbObjectId>& selection
   AcDbObjectId result;
   if (driver == 1) engine.GetEncircleLine(selection, result);
   else if (driver == 2) engine.GetEncircleLine2(selection, result);
+  else if (driver == 4) engine.GetEncircleLineByHatch(selection, result);
   else engine.GetEncircleLine3(selection, result);
   host::eraseObject(axisId);
   return result;

@@ -54,7 +54,8 @@ struct Profile {
 AcArray<AcDbObjectId> DrawTool(AcDbDatabase* db, const Profile& p, AcDbObjectId block = AcDbObjectId::kNull,
                                bool asPolyline = false, bool annotationsInModelSpace = false);
 
-// Runs the single outline; the centre point is on the axis.
+// Runs the single outline; the centre point is on the axis. driver: 1, 2
+// or 3 for GetEncircleLine, 2 or 3, 4 for GetEncircleLineByHatch.
 AcDbObjectId RunOutline(AcDbDatabase* db, const AcArray<AcDbObjectId>& selection, const AcGePoint3d& centre,
                         CEncircleCalInfo info = CEncircleCalInfo(), int driver = 3);
 
