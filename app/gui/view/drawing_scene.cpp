@@ -635,6 +635,7 @@ void DrawingScene::Index(std::uint32_t i) {
 
 void DrawingScene::Refresh(AcDbObjectId id) {
   if (!m_db) return;
+  ++m_generation;
   const auto found = m_byId.find(id);
   if (found != m_byId.end()) {
     m_entities[found->second].live = false;  // its strokes stay unused
@@ -649,7 +650,18 @@ void DrawingScene::Refresh(AcDbObjectId id) {
   if (m_entities.size() > before && m_cols > 0) Index(static_cast<std::uint32_t>(before));
 }
 
+std::size_t DrawingScene::EstimateIn(const QRectF& rect) const {
+  std::size_t n = m_overflow.size();
+  if (m_cols == 0) return n;
+  const int x0 = std::max(0, TileX(rect.left())), x1 = std::min(m_cols - 1, TileX(rect.right()));
+  const int y0 = std::max(0, TileY(rect.top())), y1 = std::min(m_rows - 1, TileY(rect.bottom()));
+  for (int y = y0; y <= y1; ++y)
+    for (int x = x0; x <= x1; ++x) n += m_tiles[static_cast<std::size_t>(y * m_cols + x)].size();
+  return n;
+}
+
 void DrawingScene::RefreshHighlights() {
+  ++m_generation;
   for (Entity& e : m_entities) {
     if (!e.live) continue;
     AcDbObjectPointer<AcDbEntity> ent(e.id, AcDb::kForRead);
@@ -688,8 +700,13 @@ std::vector<std::uint32_t> DrawingScene::EntitiesIn(const QRectF& rect) const {
   return out;
 }
 
-void DrawingScene::Paint(QPainter& painter, const QTransform& toScreen, const QRectF& visible, double pixel) const {
+void DrawingScene::Paint(QPainter& painter, const QTransform& transform, const QRectF& visible, double pixel) const {
   const std::vector<std::uint32_t> shown = EntitiesIn(visible);
+  // The view only scales and moves: map without the general transform.
+  struct Affine {
+    double sx, sy, dx, dy;
+    QPointF map(const QPointF& p) const { return {p.x() * sx + dx, p.y() * sy + dy}; }
+  } const toScreen{transform.m11(), transform.m22(), transform.dx(), transform.dy()};
   std::unordered_map<QRgb, QList<QLineF>> lines;
   std::unordered_map<QRgb, QList<QPointF>> dots;
   std::vector<std::uint32_t> highlighted;
@@ -704,8 +721,13 @@ void DrawingScene::Paint(QPainter& painter, const QTransform& toScreen, const QR
       if (e.strokeCount) dots[m_strokes[e.firstStroke].colour].push_back(toScreen.map(e.box.center()));
       continue;
     }
+    // Small on screen: curves need fewer of their points (about one every
+    // two pixels of the entity's size).
+    const double size = std::max(e.box.width(), e.box.height()) / pixel;
     for (std::uint32_t s = e.firstStroke; s < e.firstStroke + e.strokeCount; ++s) {
       const Stroke& st = m_strokes[s];
+      const std::uint32_t stride =
+          size >= 256 || st.count < 8 ? 1 : std::max<std::uint32_t>(1, static_cast<std::uint32_t>(st.count / std::max(4.0, size / 2)));
       if (st.fill) {
         QPolygonF poly;
         for (std::uint32_t k = 0; k < st.count; ++k) poly << toScreen.map(m_points[st.first + k]);
@@ -723,8 +745,8 @@ void DrawingScene::Paint(QPainter& painter, const QTransform& toScreen, const QR
       }
       auto& l = lines[st.colour];
       QPointF prev = toScreen.map(m_points[st.first]);
-      for (std::uint32_t k = 1; k < st.count; ++k) {
-        const QPointF next = toScreen.map(m_points[st.first + k]);
+      for (std::uint32_t k = stride; k < st.count + stride - 1; k += stride) {
+        const QPointF next = toScreen.map(m_points[st.first + std::min(k, st.count - 1)]);
         l.push_back(QLineF(prev, next));
         prev = next;
       }
@@ -749,7 +771,7 @@ void DrawingScene::Paint(QPainter& painter, const QTransform& toScreen, const QR
       const TextItem& t = m_texts[k];
       if (t.height < 2 * pixel) continue;
       painter.save();
-      painter.setTransform(toScreen);
+      painter.setTransform(transform);
       painter.translate(t.position);
       painter.rotate(t.rotation * 180 / kPi);
       const double s = t.height / metrics.capHeight();

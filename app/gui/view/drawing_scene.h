@@ -53,6 +53,12 @@ class DrawingScene {
   // small to see). Highlighted entities are drawn dashed over the rest.
   void Paint(QPainter& painter, const QTransform& worldToScreen, const QRectF& visible, double pixel) const;
 
+  // About how many entities lie in the rectangle (counted by tiles, so
+  // an entity over several tiles counts more than once).
+  std::size_t EstimateIn(const QRectF& rect) const;
+  // Grows with every change of the geometry or the highlights.
+  unsigned Generation() const { return m_generation; }
+
   // The top-level entity whose strokes pass nearest to point within tol
   // (world units); null when none.
   AcDbObjectId Pick(const QPointF& point, double tol) const;
@@ -100,6 +106,7 @@ class DrawingScene {
   std::vector<std::uint32_t> m_overflow;
   mutable std::vector<std::uint32_t> m_stamp;
   mutable std::uint32_t m_pass = 0;
+  unsigned m_generation = 0;
 };
 
 }  // namespace gui

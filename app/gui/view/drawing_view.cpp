@@ -123,9 +123,29 @@ void DrawingView::RenderCache() {
   m_cache.setDevicePixelRatio(dpr);
   m_cache.fill(kBackground);
   QPainter p(&m_cache);
-  m_scene.Paint(p, WorldToScreen(), VisibleWorld(), 1 / m_scale);
+  const QRectF visible = VisibleWorld();
+  if (m_scene.EstimateIn(visible) > kVectorLimit) PaintOverview(p);
+  else m_scene.Paint(p, WorldToScreen(), visible, 1 / m_scale);
   m_cacheValid = true;
   m_lastRenderMs = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+void DrawingView::PaintOverview(QPainter& p) {
+  const QRectF extents = m_scene.Extents();
+  if (m_overview.isNull() || m_overviewGeneration != m_scene.Generation() || m_overviewWorld != extents) {
+    const double side = 4096, scale = side / std::max(extents.width(), extents.height());
+    m_overviewWorld = extents;
+    m_overview = QImage(std::max(1, static_cast<int>(extents.width() * scale)),
+                        std::max(1, static_cast<int>(extents.height() * scale)), QImage::Format_ARGB32_Premultiplied);
+    m_overview.fill(Qt::transparent);
+    QPainter o(&m_overview);
+    const QTransform t(scale, 0, 0, -scale, -extents.left() * scale, extents.bottom() * scale);
+    m_scene.Paint(o, t, extents, 1 / scale);
+    m_overviewGeneration = m_scene.Generation();
+  }
+  const QRectF target(ToScreen(m_overviewWorld.bottomLeft()), ToScreen(m_overviewWorld.topRight()));
+  p.setRenderHint(QPainter::SmoothPixmapTransform, true);
+  p.drawImage(target.normalized(), m_overview);
 }
 
 void DrawingView::paintEvent(QPaintEvent*) {

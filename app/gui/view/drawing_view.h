@@ -81,6 +81,14 @@ class DrawingView : public QWidget {
   DrawingScene m_scene;
   QPointF m_centre;     // world point at the middle of the widget
   double m_scale = 1;   // pixels per world unit
+  // Beyond this many entities in view the drawing is shown from an image of
+  // the whole of it, made once (and again after changes) at a resolution
+  // finer than the screen needs at that scale.
+  static constexpr std::size_t kVectorLimit = 60000;
+  void PaintOverview(QPainter& p);
+  QImage m_overview;
+  QRectF m_overviewWorld;
+  unsigned m_overviewGeneration = ~0u;
   QPixmap m_cache;
   bool m_cacheValid = false;
   double m_lastRenderMs = 0;
