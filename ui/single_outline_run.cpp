@@ -31,7 +31,22 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
     result.message = kOutlineFailed;
     return result;
   }
-  // Everything in the drawing is made visible.
+  MakeEverythingVisible();
+  // Earlier outlines in the selection are erased and left out.
+  if (driver == OutlineDriver::kSlabs) DropOutlineLayerEntities(selection);
+  result.nSelected = selection.length();
+  result.outline = ComputeOutlineAlongAxis(selection, centre, settings.ToCalInfo(AcDbObjectId::kNull), driver);
+  if (!result.outline.isNull() && driver == OutlineDriver::kSlabs) {
+    AcDbObjectPointer<AcDbEntity> outline(result.outline, AcDb::kForRead);
+    if (outline) outline->highlight();
+  }
+  result.message = result.outline.isNull() ? kOutlineFailed : kOutlineSucceeded;
+  return result;
+}
+
+void MakeEverythingVisible() {
+  AcDbDatabase* db = acdbHostApplicationServices()->workingDatabase();
+  if (!db) return;
   for (AcDbObjectId space : {db->modelSpaceId(), db->paperSpaceId()}) {
     AcDbObjectPointer<AcDbBlockTableRecord> rec(space, AcDb::kForRead);
     if (!rec) continue;
@@ -45,16 +60,6 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
       ent->setVisibility(AcDb::kVisible);
     }
   }
-  // Earlier outlines in the selection are erased and left out.
-  if (driver == OutlineDriver::kSlabs) DropOutlineLayerEntities(selection);
-  result.nSelected = selection.length();
-  result.outline = ComputeOutlineAlongAxis(selection, centre, settings.ToCalInfo(AcDbObjectId::kNull), driver);
-  if (!result.outline.isNull() && driver == OutlineDriver::kSlabs) {
-    AcDbObjectPointer<AcDbEntity> outline(result.outline, AcDb::kForRead);
-    if (outline) outline->highlight();
-  }
-  result.message = result.outline.isNull() ? kOutlineFailed : kOutlineSucceeded;
-  return result;
 }
 
 void DropOutlineLayerEntities(AcArray<AcDbObjectId>& ids) {

@@ -48,6 +48,9 @@ SingleOutlineResult RunSingleOutline(AcArray<AcDbObjectId>& selection, const AcG
 // on clones that are erased again; the selection is not touched).
 int CountSegmentsAfterConversion(const AcArray<AcDbObjectId>& selection, const SingleOutlineSettings& settings);
 
+// Makes every invisible entity of model and paper space visible.
+void MakeEverythingVisible();
+
 // Steps the single and the batch run share.
 // Removes every entity on "TempEncircleLine" (earlier outlines) from ids,
 // erasing it.

@@ -62,6 +62,7 @@ DrawingView::DrawingView(QWidget* parent) : QWidget(parent) {
 
 void DrawingView::SetDrawing(const AcDbDatabase* db, AcDbObjectId space) {
   m_scene.Build(db, space);
+  m_fitPending = true;
   ZoomExtents();
 }
 
@@ -81,6 +82,11 @@ QRectF DrawingView::VisibleWorld() const {
 }
 
 void DrawingView::ZoomWindow(const QRectF& world) {
+  m_fitPending = false;
+  Fit(world);
+}
+
+void DrawingView::Fit(const QRectF& world) {
   if (world.isNull() || !std::isfinite(world.width()) || !std::isfinite(world.height())) return;
   m_centre = world.center();
   const double w = std::max(world.width(), 1e-9), h = std::max(world.height(), 1e-9);
@@ -92,10 +98,11 @@ void DrawingView::ZoomExtents() {
   QRectF r = m_scene.Extents();
   if (r.isNull()) r = QRectF(0, 0, 100, 100);
   const double m = std::max(r.width(), r.height()) * 0.03;
-  ZoomWindow(r.adjusted(-m, -m, m, m));
+  Fit(r.adjusted(-m, -m, m, m));
 }
 
 void DrawingView::ZoomAbout(const QPointF& screen, double factor) {
+  m_fitPending = false;
   const QPointF before = ToWorld(screen);
   m_scale = std::clamp(m_scale * factor, 1e-9, 1e9);
   const QPointF after = ToWorld(screen);
@@ -187,7 +194,10 @@ void DrawingView::paintEvent(QPaintEvent*) {
   }
 }
 
-void DrawingView::resizeEvent(QResizeEvent*) { m_cacheValid = false; }
+void DrawingView::resizeEvent(QResizeEvent*) {
+  m_cacheValid = false;
+  if (m_fitPending) ZoomExtents();
+}
 
 void DrawingView::wheelEvent(QWheelEvent* e) {
   const double steps = e->angleDelta().y() / 120.0;
@@ -283,6 +293,7 @@ void DrawingView::mousePressEvent(QMouseEvent* e) {
 void DrawingView::mouseMoveEvent(QMouseEvent* e) {
   const QPointF pos = e->position();
   if (m_panFrom) {
+    m_fitPending = false;
     const QPointF d = pos - *m_panFrom;
     m_centre -= QPointF(d.x() / m_scale, -d.y() / m_scale);
     m_panFrom = pos;

@@ -76,6 +76,8 @@ class DrawingView : public QWidget {
 
  private:
   QTransform WorldToScreen() const;
+  void Fit(const QRectF& world);
+  bool m_fitPending = false;  // extents again once the widget has its size
   void RenderCache();
 
   DrawingScene m_scene;
