@@ -1,0 +1,29 @@
+#include "app/gui/module_link.h"
+
+#include "app/gui/main_window.h"
+#include "host/ed/command_stack.h"
+#include "ui/encircle_line_cal_dlg.h"
+#include "ui/qt/encircle_line_cal_dlg_view.h"
+
+namespace gui {
+
+namespace {
+// The single outline dialog's hidden button, as a command.
+void hatchOutline() {
+  if (CEncircleLineCalDlg* dialog = CEncircleLineCalDlg::ShowModuleDialog()) dialog->OnBnClickedHatch();
+}
+void singleOutline() { CEncircleLineCalDlg::ShowModuleDialog(); }
+}  // namespace
+
+void LinkModule(MainWindow& window) {
+  window.Dialogs().RegisterView(CEncircleLineCalDlg::IDD, &uiqt::MakeEncircleLineCalDlgWindow);
+  AcEdCommandStack* stack = acedRegCmdsPtr();
+  stack->addCommand("ENVLINE_GUI", "ENVLINEHATCH", "ENVLINEHATCH", ACRX_CMD_MODAL, &hatchOutline);
+  // The module registers this command when it is loaded; until then the
+  // window shows the dialog itself.
+  if (!stack->lookupCmd("VKTOOLDESIGNProfileAuto3D"))
+    stack->addCommand("ENVLINE_GUI", "VKTOOLDESIGNProfileAuto3D", "VKTOOLDESIGNProfileAuto3D", ACRX_CMD_MODAL,
+                      &singleOutline);
+}
+
+}  // namespace gui
