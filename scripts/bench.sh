@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/build.sh
-for b in host_bench engine_bench solid_bench; do
+for b in host_bench engine_bench solid_bench view_bench; do
   echo "== $b"
   "./build/bench/$b" "$@"
 done
@@ -17,3 +17,5 @@ echo "== DXF files (envline against ezdxf)"
 /usr/bin/python3 bench/dxf_bench.py build
 echo "== batch tasks (100 framed tools)"
 /usr/bin/python3 bench/batch_bench.py build
+echo "== outline methods (slabs against hatch)"
+/usr/bin/python3 bench/hatch_vs_slabs.py build

@@ -1,7 +1,11 @@
 // envline: the command-line front end.
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "app/cli/commands.h"
 #include "host/db/operations.h"
@@ -25,6 +29,8 @@ const char* kUsage =
     "                       add-tool, add-frames, params, run, export, ...\n"
     "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
     "                       load and save a drawing (a round trip by default)\n"
+    "  envline gui [DRAWING.dxf ...]\n"
+    "                       the desktop window (envline-gui) with the drawings\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
     "                       report what the drawing host sees (a self-check)\n"
     "  envline --version    print the version\n"
@@ -82,6 +88,23 @@ int smoke() {
   return ok ? 0 : 1;
 }
 
+// Starts the desktop window, found beside this program (installed) or in
+// the build tree's app/gui; returns only when it cannot be started.
+int gui(int argc, char** argv) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+  for (const fs::path& candidate : {self.parent_path() / "envline-gui", self.parent_path() / ".." / "gui" / "envline-gui"}) {
+    if (ec || !fs::exists(candidate)) continue;
+    std::vector<char*> args{const_cast<char*>("envline-gui")};
+    for (int i = 2; i < argc; ++i) args.push_back(argv[i]);
+    args.push_back(nullptr);
+    execv(candidate.c_str(), args.data());
+  }
+  std::fprintf(stderr, "envline gui: envline-gui was not found beside %s\n", self.c_str());
+  return 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -96,6 +119,7 @@ int main(int argc, char** argv) {
   }
   const cli::Args rest(argv + 2, argv + argc);
   if (command == "smoke") return smoke();
+  if (command == "gui") return gui(argc, argv);
   if (command == "convert") return cli::runConvert(rest);
   if (command == "info") return cli::runInfo(rest);
   if (command == "outline") return cli::runOutline(rest);
