@@ -297,11 +297,26 @@ ProgressWindow::ProgressWindow() : QWidget(nullptr) {
   show();
 }
 
-void ProgressWindow::SetTitle(const std::string& title) { setWindowTitle(Q(title)); }
-void ProgressWindow::SetRange(int lower, int upper) { m_bar->setRange(lower, upper); }
-void ProgressWindow::SetPosition(int position) { m_bar->setValue(position); }
-void ProgressWindow::SetText(const std::string& text) { m_text->setText(Q(text).trimmed()); }
+void ProgressWindow::SetTitle(const std::string& title) {
+  m_pendingTitle = Q(title);
+  if (!m_sinceShown.isValid()) setWindowTitle(m_pendingTitle);
+}
+void ProgressWindow::SetRange(int lower, int upper) { m_lower = lower, m_upper = upper; }
+void ProgressWindow::SetPosition(int position) { m_position = position; }
+void ProgressWindow::SetText(const std::string& text) {
+  m_pendingText = Q(text).trimmed();
+  Show();
+}
 void ProgressWindow::PumpMessages() { QCoreApplication::processEvents(); }
+
+void ProgressWindow::Show() {
+  if (m_sinceShown.isValid() && m_sinceShown.elapsed() < 500) return;
+  m_sinceShown.start();
+  if (windowTitle() != m_pendingTitle) setWindowTitle(m_pendingTitle);
+  m_bar->setRange(m_lower, m_upper);
+  m_bar->setValue(m_position);
+  m_text->setText(m_pendingText);
+}
 
 void InstallProgressWindows() {
   SetProgressViewFactory([] { return std::make_unique<ProgressWindow>(); });

@@ -4,6 +4,7 @@
 // window without parent). Each view only shows its controller's state and
 // passes the user's actions on; the rules stay in the controllers.
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QAbstractTableModel>
 #include <QWidget>
 #include <functional>
@@ -126,8 +127,15 @@ class ProgressWindow : public QWidget, public ProgressView {
   QLabel* Text() const { return m_text; }
 
  private:
+  // Shows what the steps set: at once the first time, then at most twice a
+  // second (the times shown are whole seconds), so that drawing the window
+  // costs nothing next to the run.
+  void Show();
   QProgressBar* m_bar;
   QLabel* m_text;
+  QString m_pendingText, m_pendingTitle;
+  int m_lower = 0, m_upper = 100, m_position = 0;
+  QElapsedTimer m_sinceShown;
 };
 
 // Makes the module's progress display show ProgressWindow windows.
