@@ -142,6 +142,17 @@ void paint(QPainter& p, const AcDbDatabase& db, const DrawingPictureOptions& o, 
     p.setPen(axis);
     p.drawLine(v.map(v.x0, *o.axisY), v.map(v.x0 + o.width / v.scale, *o.axisY));
   }
+  if (o.axisLine) {
+    const auto& l = *o.axisLine;
+    const double len = std::hypot(l[2], l[3]), reach = 2 * (o.width + v.height) / v.scale;
+    if (len > 0) {
+      QPen axis(QColor(28, 126, 214), 1.2);
+      axis.setDashPattern({12, 4, 2, 4});
+      p.setPen(axis);
+      p.drawLine(v.map(l[0] - l[2] / len * reach, l[1] - l[3] / len * reach),
+                 v.map(l[0] + l[2] / len * reach, l[1] + l[3] / len * reach));
+    }
+  }
   if (!o.outline.isNull()) {
     AcDbObjectPointer<AcDbPolyline> outline(o.outline, AcDb::kForRead);
     if (outline) {
@@ -169,6 +180,22 @@ void paint(QPainter& p, const AcDbDatabase& db, const DrawingPictureOptions& o, 
                                                               ? label.substr(0, label.size() - 2)
                                                               : label));
   if (!o.title.empty()) p.drawText(QPointF(20, 24), QString::fromUtf8(o.title.c_str()));
+  double line = 44;
+  for (const std::string& note : o.notes) {
+    p.drawText(QPointF(20, line), QString::fromUtf8(note.c_str()));
+    line += 18;
+  }
+  // Marks: a red ring with its number, and the numbered texts under the notes.
+  p.setPen(QPen(QColor(201, 42, 42), 2));
+  for (std::size_t i = 0; i < o.marks.size(); ++i) {
+    const QPointF at = v.map(o.marks[i].x, o.marks[i].y);
+    p.setBrush(Qt::NoBrush);
+    p.drawEllipse(at, 12, 12);
+    const std::string number = std::to_string(i + 1);
+    p.drawText(at + QPointF(14, -10), QString::fromStdString(number));
+    p.drawText(QPointF(20, line), QString::fromUtf8((number + ": " + o.marks[i].text).c_str()));
+    line += 18;
+  }
 }
 }  // namespace
 

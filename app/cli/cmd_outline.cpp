@@ -14,14 +14,15 @@
 #include "host/brep/solid.h"
 #include "output/outline_report.h"
 #include "output/solid_export.h"
-#include "ui/centre_line.h"
+#include "engine/robust/contour.h"
+#include "ui/robust_outline_run.h"
 #include "ui/single_outline_run.h"
 
 namespace cli {
 
 namespace {
 const char* kHelp =
-    "usage: envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto [options]\n"
+    "usage: envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto|--axis X1,Y1,X2,Y2 [options]\n"
     "\n"
     "Computes the envelope line of the tool drawn in DRAWING.dxf and writes the\n"
     "drawing with the outline added (a closed polyline on layer TempEncircleLine,\n"
@@ -32,12 +33,22 @@ const char* kHelp =
     "  --crossing X1,Y1,X2,Y2    entities inside or crossing it\n"
     "  --handles H1,H2,...       entities by handle\n"
     "  --layer NAME              only entities on this layer (repeatable)\n"
-    "centre\n"
-    "  --centre X,Y              a point on the tool's axis\n"
-    "  --centre auto             the longest horizontal centre line of the selection\n"
-    "options\n"
+    "  --tool NUMBER             the drawing frame tagged with this tool number (its box is the window)\n"
+    "  --all-tools               every tagged drawing frame, one outline each\n"
+    "axis\n"
+    "  --centre X,Y              a point on the tool's (horizontal) axis\n"
+    "  --axis X1,Y1,X2,Y2        the axis as a line, in any direction\n"
+    "  --centre auto             the centre line the contour is symmetric about or meets at both\n"
+    "                            ends; without centre lines, the contour's mirror line\n"
+    "method\n"
+    "  --method robust|exact     robust (default): the largest radius of the part's body at each\n"
+    "                            point of the axis; exact: the dialog's algorithm as designed\n"
+    "  --gap G                   robust: pieces closer than G meet (default: 0.0004 of the\n"
+    "                            part's size, 0.04 mm on a 100 mm tool)\n"
+    "  --chord-tol T             robust: ellipses and splines as chords within T (0.001)\n"
+    "options (the exact method's dialog settings from --keep-dashed to --break-length)\n"
     "  --side upper|lower        calculation side, 上半边 or 下半边 (default upper)\n"
-    "  --driver slabs|hatch      the outline method: slab cutting (default) or the\n"
+    "  --driver slabs|hatch      exact: slab cutting (default) or the\n"
     "                            boundary of the region between a frame and the tool\n"
     "  --keep-dashed             do not leave out dashed and centre lines\n"
     "  --vertical-ends           close the outline with vertical ends\n"
@@ -54,6 +65,9 @@ const char* kHelp =
     "  --orient drawing|z        the solid as drawn (default) or along +Z from the origin\n"
     "  --stl-tolerance T         chordal tolerance of the STL mesh (0.01 mm)\n"
     "  --keep-solid              keep the solid in the written drawing (a 3DSOLID)\n"
+    "\n"
+    "Every outline is checked: closed, simple, no edge of no length, both ends on the\n"
+    "axis; an outline that fails is not written (exit 3, with the reason).\n"
     "\n"
     "Exit codes: 0 outline made, 3 no outline, 2 bad usage, 1 unreadable input or\n"
     "unwritable output.\n"
@@ -72,6 +86,11 @@ struct Options {
   bool autoCentre = false, json = false, inPlace = false;
   SingleOutlineSettings settings;
   OutlineDriver driver = OutlineDriver::kSlabs;
+  bool exact = false;                          // --method exact
+  std::optional<std::array<double, 4>> axis;   // --axis
+  double gap = 0, chordTol = 0.001;            // robust tolerances (gap 0: from the part)
+  std::string tool;                            // --tool
+  bool allTools = false;
 };
 
 int usage(const std::string& message) {
@@ -110,6 +129,25 @@ int parse(const Args& args, Options& o) {
       if (*s == "auto") o.autoCentre = true;
       else if (SplitNumbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
       else return usage("--centre needs X,Y or auto, not '" + *s + "'");
+    } else if (a == "--method") {
+      const std::string* s = value(i);
+      if (!s || (*s != "robust" && *s != "exact")) return usage("--method is robust or exact");
+      o.exact = *s == "exact";
+    } else if (a == "--axis") {
+      const std::string* s = value(i);
+      if (!s || !numbers(*s, v, 4) || (v[0] == v[2] && v[1] == v[3]))
+        return usage("--axis needs X1,Y1,X2,Y2, two different points of the axis");
+      o.axis = std::array<double, 4>{v[0], v[1], v[2], v[3]};
+    } else if (a == "--gap" || a == "--chord-tol") {
+      const std::string* s = value(i);
+      if (!s || !numbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
+      (a == "--gap" ? o.gap : o.chordTol) = v[0];
+    } else if (a == "--tool") {
+      const std::string* s = value(i);
+      if (!s || s->empty()) return usage("--tool needs a tool number");
+      o.tool = *s;
+    } else if (a == "--all-tools") {
+      o.allTools = true;
     } else if (a == "--side") {
       const std::string* s = value(i);
       if (s && (*s == "upper" || *s == "上半边")) o.settings.nSide = 0;
@@ -165,7 +203,15 @@ int parse(const Args& args, Options& o) {
   if (o.input.empty()) return usage("a drawing file is required");
   if (o.output.empty() && !o.inPlace) return usage("-o OUT.dxf (or --in-place) is required");
   if (!o.output.empty() && o.inPlace) return usage("-o and --in-place exclude each other");
-  if (!o.centre && !o.autoCentre) return usage("--centre X,Y or --centre auto is required");
+  if (!o.centre && !o.autoCentre && !o.axis) return usage("--centre X,Y, --centre auto or --axis X1,Y1,X2,Y2 is required");
+  if ((o.centre || o.autoCentre) && o.axis) return usage("--centre and --axis exclude each other");
+  if (o.exact && o.axis && (*o.axis)[1] != (*o.axis)[3])
+    return usage("the exact method needs a horizontal axis (use --centre X,Y, or --method robust)");
+  const bool selected = o.window || o.crossing || !o.handles.empty();
+  if ((!o.tool.empty() || o.allTools) && selected) return usage("--tool and --all-tools choose their own window");
+  if (!o.tool.empty() && o.allTools) return usage("--tool and --all-tools exclude each other");
+  if (o.allTools && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid || !o.png.empty() || !o.svg.empty()))
+    return usage("--all-tools makes no solids or pictures (outline one tool with --tool, or use envline export)");
   if (o.window && o.crossing) return usage("--window and --crossing exclude each other");
   if (o.inPlace) o.output = o.input;
   return 0;
@@ -173,6 +219,217 @@ int parse(const Args& args, Options& o) {
 
 double msSince(std::chrono::steady_clock::time_point t) {
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count();
+}
+}  // namespace
+
+namespace {
+// One outline: a selection, its axis, the result and what to warn about.
+struct Job {
+  std::string tool;                               // the frame's tool number, when run by frame
+  std::optional<std::array<double, 4>> window;    // the window the selection came from
+  AcArray<AcDbObjectId> selection;
+  int selected = 0, toEngine = 0, segments = -1;
+  AcDbObjectId outline;
+  std::string message = kOutlineFailed, problem;
+  robust::ProfileAxis axis;
+  bool haveAxis = false;
+  std::string axisReason;
+  std::vector<std::string> axisCandidates;
+  double gap = 0;
+  std::vector<robust::ProfileWarning> warnings;
+  double computeMs = 0;
+};
+
+// The exact method on a job: the axis (found with the robust search when
+// automatic) must be horizontal; the robust profile of the same contour
+// supplies the warnings about bodies and sides.
+void runExact(const Options& o, Job& job) {
+  const robust::Contour contour = robust::CollectContour(job.selection, o.chordTol);
+  job.gap = o.gap > 0 ? o.gap : DefaultGap(contour.curves);
+  AxisRequest request;
+  if (o.centre) request.point = robust::P2{o.centre->x, o.centre->y};
+  request.line = o.axis;
+  if (o.autoCentre) {
+    const robust::AxisChoice choice = robust::ChooseAxis(contour, job.gap);
+    job.axisCandidates = choice.candidates;
+    if (!choice.found) {
+      job.problem = "cannot find the part's axis: " + choice.problem;
+      return;
+    }
+    if (choice.axis.dir.y != 0) {
+      job.problem = "the exact method needs a horizontal axis, and the part's axis is " + choice.reason +
+                    " (use --method robust)";
+      return;
+    }
+    job.axis = choice.axis;
+    job.axis.lowerSide = o.settings.nSide == 1;
+    job.axisReason = choice.reason;
+    job.warnings.insert(job.warnings.end(), choice.warnings.begin(), choice.warnings.end());
+  } else {
+    GivenAxis(request, o.settings.nSide, job.axis);
+    job.axisReason = o.axis ? "the axis given as a line" : "the horizontal axis through the given point";
+  }
+  job.haveAxis = true;
+  const AcGePoint3d centre(job.axis.origin.x, job.axis.origin.y, 0);
+  const SingleOutlineResult run = RunSingleOutline(job.selection, centre, o.settings, o.driver);
+  job.outline = run.outline;
+  job.message = run.message;
+  job.toEngine = run.nSelected;
+  if (job.outline.isNull()) job.problem = "the exact method made no outline";
+  const robust::Profile profile = robust::ComputeProfile(contour.curves, job.axis, job.gap);
+  job.warnings.insert(job.warnings.end(), profile.warnings.begin(), profile.warnings.end());
+}
+
+void runRobust(const Options& o, Job& job) {
+  AxisRequest request;
+  if (o.centre) request.point = robust::P2{o.centre->x, o.centre->y};
+  request.line = o.axis;
+  request.automatic = o.autoCentre;
+  RobustOutlineSettings settings;
+  settings.nSide = o.settings.nSide;
+  settings.dGap = o.gap;
+  settings.dChordTol = o.chordTol;
+  const RobustOutlineResult run = RunRobustOutline(job.selection, request, settings);
+  job.outline = run.outline;
+  job.message = run.message;
+  job.problem = run.problem;
+  job.axis = run.axis;
+  job.haveAxis = !run.axisReason.empty();
+  job.axisReason = run.axisReason;
+  job.axisCandidates = run.axisCandidates;
+  job.gap = run.dGap;
+  job.toEngine = run.nSelected;
+  job.segments = run.nContourCurves;
+  job.warnings.insert(job.warnings.end(), run.warnings.begin(), run.warnings.end());
+}
+
+void runJob(const Options& o, AcDbDatabase* db, Job& job) {
+  job.selected = job.selection.length();
+  if (job.window) {
+    const auto cut = WindowCutWarnings(db, *job.window);
+    job.warnings.insert(job.warnings.end(), cut.begin(), cut.end());
+  }
+  if (o.centre)
+    if (const auto w = CentrePointWarning(job.selection, {o.centre->x, o.centre->y})) job.warnings.push_back(*w);
+  const auto clock = std::chrono::steady_clock::now();
+  if (o.exact) {
+    if (o.json) job.segments = CountSegmentsAfterConversion(job.selection, o.settings);
+    runExact(o, job);
+  } else {
+    runRobust(o, job);
+  }
+  job.computeMs = msSince(clock);
+  if (job.outline.isNull()) {
+    job.message = kOutlineFailed;
+    return;
+  }
+  const robust::OutlineCheck check = CheckOutlineEntity(job.outline, job.axis);
+  if (!check.ok) {
+    host::eraseObject(job.outline);
+    job.outline = AcDbObjectId::kNull;
+    job.message = kOutlineFailed;
+    job.problem = "the outline failed its check: " + check.problem;
+    job.warnings.push_back({job.problem, check.where});
+  }
+}
+
+// The entities inside a frame's box, the frame itself left out.
+AcArray<AcDbObjectId> frameSelection(AcDbDatabase* db, const DrawingFrame& frame) {
+  const AcGePoint3d lo = frame.box.m_ptMin, hi = frame.box.m_ptMax;
+  AcArray<AcDbObjectId> out;
+  for (AcDbObjectId id : host::selectByBox(db, lo, hi, host::SelectMode::kWindow)) {
+    AcDbObjectPointer<AcDbBlockReference> ref(id, AcDb::kForRead);
+    if (ref) {
+      AcDbExtents ext;
+      const double tol = 1e-6 * std::max(1.0, hi.x - lo.x);
+      if (ref->getGeomExtents(ext) == Acad::eOk && ext.minPoint().distanceTo(lo) <= tol &&
+          ext.maxPoint().distanceTo(hi) <= tol)
+        continue;
+    }
+    out.append(id);
+  }
+  return out;
+}
+
+void jsonJob(Json& j, const Options& o, const Job& job, double readMs, double writeMs, const std::vector<std::string>& readWarnings,
+             const std::string& solidRoute, const std::vector<std::string>& solidFiles, double solidMs, double stlMs) {
+  OutlineReport report;
+  const bool made = MakeOutlineReport(job.outline, report);
+  j.beginObject().key("status").value(made ? "ok" : "no_outline").key("message").value(job.message);
+  if (!job.tool.empty()) j.key("tool").value(job.tool);
+  j.key("problem").value(job.problem);
+  j.key("input").value(o.input).key("output").value(o.output);
+  j.key("method").value(o.exact ? "exact" : "robust");
+  j.key("outline");
+  if (made) {
+    j.beginObject().key("handle").value(report.handle).key("closed").value(report.bClosed).key("vertices").beginArray();
+    for (const auto& v : report.vertices) j.beginArray().value(v[0]).value(v[1]).value(v[2]).endArray();
+    j.endArray().key("box").beginArray();
+    for (double b : report.box) j.value(b);
+    j.endArray().key("area").value(report.dArea).endObject();
+  } else {
+    j.value("");
+  }
+  j.key("axis");
+  if (job.haveAxis) {
+    const double len = robust::Norm(job.axis.dir);
+    j.beginObject().key("point").beginArray().value(job.axis.origin.x).value(job.axis.origin.y).endArray();
+    j.key("direction").beginArray().value(job.axis.dir.x / len).value(job.axis.dir.y / len).endArray();
+    j.key("side").value(job.axis.lowerSide ? "lower" : "upper").key("chosen_because").value(job.axisReason);
+  } else {
+    j.beginObject();
+  }
+  j.key("candidates").beginArray();
+  for (const auto& c : job.axisCandidates) j.value(c);
+  j.endArray().endObject();
+  const SingleOutlineSettings& s = o.settings;
+  j.key("parameters").beginObject();
+  if (job.haveAxis) j.key("centre").beginArray().value(job.axis.origin.x).value(job.axis.origin.y).endArray();
+  j.key("side").value(s.nSide == 1 ? "lower" : "upper");
+  if (o.exact) {
+    j.key("driver").value(o.driver == OutlineDriver::kHatch ? "hatch" : "slabs");
+    j.key("remove_dashed").value(s.bRemoveDashed);
+    j.key("vertical_ends").value(s.bVerticalEnds).key("point_tol").value(s.dPointTol).key("line_tol").value(s.dLineTol);
+    j.key("fine_tol").value(s.dFineTol).key("arc_step").value(s.dStep).key("break_length").value(s.dBreakLength);
+  } else {
+    j.key("gap").value(job.gap).key("gap_from").value(o.gap > 0 ? "--gap" : "the part's size");
+    j.key("chord_tol").value(o.chordTol);
+  }
+  j.endObject().key("counts").beginObject().key("selected").value(job.selected).key("to_engine").value(job.toEngine);
+  j.key(o.exact ? "segments_after_conversion" : "contour_curves").value(job.segments).endObject();
+  j.key("timings_ms").beginObject().key("read").value(readMs).key("compute").value(job.computeMs).key("write").value(writeMs);
+  j.key("solid").value(solidMs).key("stl").value(stlMs);
+  j.endObject().key("solid").beginObject().key("route").value(solidRoute).key("files").beginArray();
+  for (const auto& f : solidFiles) j.value(f);
+  j.endArray().endObject().key("warnings").beginArray();
+  for (const auto& w : readWarnings) j.beginObject().key("text").value(w).endObject();
+  for (const auto& w : job.warnings)
+    j.beginObject().key("text").value(w.text).key("at").beginArray().value(w.where.x).value(w.where.y).endArray().endObject();
+  j.endArray().endObject();
+}
+
+void printJob(const Options& o, const Job& job) {
+  OutlineReport report;
+  const bool made = MakeOutlineReport(job.outline, report);
+  const std::string who = job.tool.empty() ? "" : "tool " + job.tool + ": ";
+  if (made)
+    std::printf("%s%s: outline %s, %zu vertices, box (%g, %g) - (%g, %g) -> %s\n", who.c_str(), job.message.c_str(),
+                report.handle.c_str(), report.vertices.size(), report.box[0], report.box[1], report.box[2],
+                report.box[3], o.output.c_str());
+  else
+    std::printf("%s%s: no outline from %d selected entities: %s\n", who.c_str(), job.message.c_str(), job.selected,
+                job.problem.c_str());
+  if (job.haveAxis) {
+    const double len = robust::Norm(job.axis.dir);
+    std::printf("  method %s, axis through (%g, %g) along (%g, %g), %s side: %s", o.exact ? "exact" : "robust",
+                job.axis.origin.x, job.axis.origin.y, job.axis.dir.x / len, job.axis.dir.y / len,
+                job.axis.lowerSide ? "lower" : "upper", job.axisReason.c_str());
+    if (!o.exact) std::printf("; gap %g, chord tolerance %g", job.gap, o.chordTol);
+    std::printf("\n");
+  }
+  if (!made)
+    for (const auto& c : job.axisCandidates) std::printf("  looked at %s\n", c.c_str());
+  for (const auto& w : job.warnings) std::fprintf(stderr, "warning: %s%s\n", who.c_str(), w.text.c_str());
 }
 }  // namespace
 
@@ -194,64 +451,84 @@ int runOutline(const Args& args) {
     ~CloseDoc() { acDocManagerPtr()->closeDocument(doc); }
   } closeDoc{doc};
 
-  // The selection.
-  AcArray<AcDbObjectId> selection;
-  if (o.window) selection = host::selectByBox(db, {(*o.window)[0], (*o.window)[1], 0}, {(*o.window)[2], (*o.window)[3], 0}, host::SelectMode::kWindow);
-  else if (o.crossing) selection = host::selectByBox(db, {(*o.crossing)[0], (*o.crossing)[1], 0}, {(*o.crossing)[2], (*o.crossing)[3], 0}, host::SelectMode::kCrossing);
-  else if (!o.handles.empty()) {
-    for (const std::string& h : o.handles) {
-      AcDbObjectId id;
-      const AcDbHandle handle = AcDbHandle::fromHex(h);
-      AcDbObjectPointer<AcDbEntity> ent;
-      if (handle.isNull() || db->getAcDbObjectId(id, false, handle) != Acad::eOk || ent.open(id, AcDb::kForRead) != Acad::eOk)
-        return usage("no entity has the handle '" + h + "'");
-      selection.append(id);
+  // The jobs: one selection, or one per tagged drawing frame.
+  std::vector<Job> jobs;
+  const std::vector<DrawingFrame> frames = CollectDrawingFrames();
+  if (!o.tool.empty() || o.allTools) {
+    for (const DrawingFrame& f : frames) {
+      if (!o.allTools && f.toolNumber != o.tool) continue;
+      Job job;
+      job.tool = f.toolNumber;
+      job.selection = frameSelection(db, f);
+      jobs.push_back(std::move(job));
+    }
+    if (jobs.empty()) {
+      std::string known;
+      for (const DrawingFrame& f : frames) known += (known.empty() ? "" : ", ") + f.toolNumber;
+      return usage(o.allTools ? "the drawing has no tagged drawing frames"
+                              : "no drawing frame has the tool number '" + o.tool + "'" +
+                                    (known.empty() ? "" : " (the frames have " + known + ")"));
     }
   } else {
-    selection = host::allEntities(db);
-  }
-  if (!o.layers.empty()) {
-    AcArray<AcDbObjectId> kept;
-    for (AcDbObjectId id : selection) {
-      AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
-      for (const std::string& layer : o.layers)
-        if (ent && host::equalsNoCase(ent->layer(), layer)) {
-          kept.append(id);
-          break;
-        }
-    }
-    selection = kept;
-  }
-  const int selected = selection.length();
-
-  // The centre.
-  AcGePoint3d centre;
-  if (o.autoCentre) {
-    const CentreLineSearch found = FindCentreLine(selection);
-    if (!found.bFound) {
-      std::string message = "envline outline: cannot find the tool's axis: " + found.problem + ".";
-      for (const auto& f : found.found) message += "\n  found: " + f;
-      std::fprintf(stderr, "%s\nGive the axis with --centre X,Y (a point on it).\n", message.c_str());
+    const bool chosen = o.window || o.crossing || !o.handles.empty();
+    if (!chosen && !frames.empty()) {
+      std::string message = "the drawing has " + std::to_string(frames.size()) +
+                            " tagged drawing frames; outlining them all as one part would outline the frames. "
+                            "Choose one with --tool NUMBER, all with --all-tools, or give a window:";
+      for (const DrawingFrame& f : frames) {
+        char text[200];
+        std::snprintf(text, sizeof text, "\n  tool %s: --window %g,%g,%g,%g", f.toolNumber.c_str(), f.box.m_ptMin.x,
+                      f.box.m_ptMin.y, f.box.m_ptMax.x, f.box.m_ptMax.y);
+        message += text;
+      }
+      std::fprintf(stderr, "envline outline: %s\n", message.c_str());
       return 2;
     }
-    centre = AcGePoint3d(0, found.dY, 0);
-  } else {
-    centre = *o.centre;
+    Job job;
+    if (o.window) job.selection = host::selectByBox(db, {(*o.window)[0], (*o.window)[1], 0}, {(*o.window)[2], (*o.window)[3], 0}, host::SelectMode::kWindow);
+    else if (o.crossing) job.selection = host::selectByBox(db, {(*o.crossing)[0], (*o.crossing)[1], 0}, {(*o.crossing)[2], (*o.crossing)[3], 0}, host::SelectMode::kCrossing);
+    else if (!o.handles.empty()) {
+      for (const std::string& h : o.handles) {
+        AcDbObjectId id;
+        const AcDbHandle handle = AcDbHandle::fromHex(h);
+        AcDbObjectPointer<AcDbEntity> ent;
+        if (handle.isNull() || db->getAcDbObjectId(id, false, handle) != Acad::eOk || ent.open(id, AcDb::kForRead) != Acad::eOk)
+          return usage("no entity has the handle '" + h + "'");
+        job.selection.append(id);
+      }
+    } else {
+      job.selection = host::allEntities(db);
+    }
+    job.window = o.window;
+    jobs.push_back(std::move(job));
+  }
+  for (Job& job : jobs) {
+    if (!o.layers.empty()) {
+      AcArray<AcDbObjectId> kept;
+      for (AcDbObjectId id : job.selection) {
+        AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
+        for (const std::string& layer : o.layers)
+          if (ent && host::equalsNoCase(ent->layer(), layer)) {
+            kept.append(id);
+            break;
+          }
+      }
+      job.selection = kept;
+    }
+    runJob(o, db, job);
   }
 
-  clock = std::chrono::steady_clock::now();
-  const int segments = o.json ? CountSegmentsAfterConversion(selection, o.settings) : -1;
-  const SingleOutlineResult run = RunSingleOutline(selection, centre, o.settings, o.driver);
-  const double computeMs = msSince(clock);
-
-  // The solid of the outline, when asked for.
+  // The solid of the outline, when asked for (one tool only).
   std::vector<std::string> solidFiles;
   std::string solidRoute;
   double solidMs = 0, stlMs = 0;  // revolve, SAT and STEP; the STL mesh on its own
+  Job& first = jobs.front();
   clock = std::chrono::steady_clock::now();
-  if (!run.outline.isNull() && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid)) {
+  if (!first.outline.isNull() && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid)) {
     RevolveRoute route = RevolveRoute::kNone;
-    const AcDbObjectId solidId = RevolveOutline(run.outline, centre, AcGeVector3d::kXAxis, o.orientation, &route);
+    const AcDbObjectId solidId =
+        RevolveOutline(first.outline, AcGePoint3d(first.axis.origin.x, first.axis.origin.y, 0),
+                       AcGeVector3d(first.axis.dir.x, first.axis.dir.y, 0).normal(), o.orientation, &route);
     solidRoute = route == RevolveRoute::kCurve ? "curve" : route == RevolveRoute::kRegion ? "region" : "";
     if (solidId.isNull()) {
       std::fprintf(stderr, "envline outline: %s\n", kSolidFailed);
@@ -286,11 +563,28 @@ int runOutline(const Args& args) {
   for (const std::string& path : {o.png, o.svg}) {
     if (path.empty()) continue;
     DrawingPictureOptions pic;
-    pic.outline = run.outline;
-    pic.axisY = centre.y;
+    pic.outline = first.outline;
+    if (first.haveAxis)
+      pic.axisLine = std::array<double, 4>{first.axis.origin.x, first.axis.origin.y, first.axis.dir.x, first.axis.dir.y};
     if (o.window) pic.window = o.window;
     if (o.crossing) pic.window = o.crossing;
-    pic.title = o.input + "  " + run.message;
+    pic.title = o.input + "  " + first.message;
+    char note[300];
+    std::snprintf(note, sizeof note, "method %s; axis through (%g, %g) along (%g, %g), %s side", o.exact ? "exact" : "robust",
+                  first.axis.origin.x, first.axis.origin.y, first.axis.dir.x, first.axis.dir.y,
+                  first.axis.lowerSide ? "lower" : "upper");
+    pic.notes.push_back(note);
+    if (!first.axisReason.empty()) pic.notes.push_back("axis: " + first.axisReason);
+    if (!o.exact) {
+      std::snprintf(note, sizeof note, "gap %g, chord tolerance %g", first.gap, o.chordTol);
+      pic.notes.push_back(note);
+    } else {
+      std::snprintf(note, sizeof note, "point tolerance %g, line tolerance %g, arc step %g", o.settings.dPointTol,
+                    o.settings.dLineTol, o.settings.dStep);
+      pic.notes.push_back(note);
+    }
+    if (!first.problem.empty()) pic.notes.push_back("no outline: " + first.problem);
+    for (const auto& w : first.warnings) pic.marks.push_back({w.where.x, w.where.y, w.text});
     std::string error;
     if (!WriteDrawingPicture(*db, path, pic, error)) {
       std::fprintf(stderr, "envline outline: %s\n", error.c_str());
@@ -298,50 +592,22 @@ int runOutline(const Args& args) {
     }
   }
 
-  OutlineReport report;
-  const bool made = MakeOutlineReport(run.outline, report);
+  bool allMade = true;
+  for (const Job& job : jobs) allMade = allMade && !job.outline.isNull();
   if (o.json) {
     Json j;
-    j.beginObject().key("status").value(made ? "ok" : "no_outline").key("message").value(run.message);
-    j.key("input").value(o.input).key("output").value(o.output);
-    j.key("outline");
-    if (made) {
-      j.beginObject().key("handle").value(report.handle).key("closed").value(report.bClosed).key("vertices").beginArray();
-      for (const auto& v : report.vertices) j.beginArray().value(v[0]).value(v[1]).value(v[2]).endArray();
-      j.endArray().key("box").beginArray();
-      for (double b : report.box) j.value(b);
-      j.endArray().key("area").value(report.dArea).endObject();
-    } else {
-      j.value("");
-    }
-    const SingleOutlineSettings& s = o.settings;
-    j.key("parameters").beginObject().key("centre").beginArray().value(centre.x).value(centre.y).endArray();
-    j.key("side").value(s.nSide == 1 ? "lower" : "upper");
-    j.key("driver").value(o.driver == OutlineDriver::kHatch ? "hatch" : "slabs");
-    j.key("remove_dashed").value(s.bRemoveDashed);
-    j.key("vertical_ends").value(s.bVerticalEnds).key("point_tol").value(s.dPointTol).key("line_tol").value(s.dLineTol);
-    j.key("fine_tol").value(s.dFineTol).key("arc_step").value(s.dStep).key("break_length").value(s.dBreakLength);
-    j.endObject().key("counts").beginObject().key("selected").value(selected).key("to_engine").value(run.nSelected);
-    j.key("segments_after_conversion").value(segments).endObject();
-    j.key("timings_ms").beginObject().key("read").value(readMs).key("compute").value(computeMs).key("write").value(writeMs);
-    j.key("solid").value(solidMs).key("stl").value(stlMs);
-    j.endObject().key("solid").beginObject().key("route").value(solidRoute).key("files").beginArray();
-    for (const auto& f : solidFiles) j.value(f);
-    j.endArray().endObject().key("warnings").beginArray();
-    for (const auto& w : diag.warnings) j.value(w);
-    j.endArray().endObject();
+    if (o.allTools) j.beginArray();
+    for (const Job& job : jobs)
+      jsonJob(j, o, job, readMs, writeMs, diag.warnings, &job == &first ? solidRoute : "",
+              &job == &first ? solidFiles : std::vector<std::string>{}, solidMs, stlMs);
+    if (o.allTools) j.endArray();
     std::printf("%s\n", j.str().c_str());
   } else {
     for (const auto& w : diag.warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());
-    if (made)
-      std::printf("%s: outline %s, %zu vertices, box (%g, %g) - (%g, %g) -> %s\n", run.message.c_str(),
-                  report.handle.c_str(), report.vertices.size(), report.box[0], report.box[1], report.box[2],
-                  report.box[3], o.output.c_str());
-    else
-      std::printf("%s: no outline from %d selected entities -> %s\n", run.message.c_str(), selected, o.output.c_str());
+    for (const Job& job : jobs) printJob(o, job);
     for (const auto& f : solidFiles) std::printf("solid (%s route) -> %s\n", solidRoute.c_str(), f.c_str());
   }
-  return made ? 0 : 3;
+  return allMade ? 0 : 3;
 }
 
 }  // namespace cli

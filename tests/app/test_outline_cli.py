@@ -117,10 +117,10 @@ def main():
 
     def json_result():
         out = os.path.join(tmp, "j.dxf")
-        code, stdout, _ = run(shaft, "-o", out, "--centre", "auto", "--json")
+        code, stdout, _ = run(shaft, "-o", out, "--centre", "auto", "--json", "--method", "exact")
         assert code == 0
         r = json.loads(stdout)
-        assert r["status"] == "ok" and r["message"] == "计算包络线成功"
+        assert r["status"] == "ok" and r["message"] == "计算包络线成功" and r["method"] == "exact"
         assert r["outline"]["closed"] is True and len(r["outline"]["vertices"]) == 7
         assert abs(r["outline"]["vertices"][3][2] + T8) < 1e-9, r["outline"]["vertices"]
         # chamfer 4.5, Ø10 70, the corner under its chord 8, Ø6 69, and the
@@ -132,6 +132,15 @@ def main():
         assert set(r["timings_ms"]) == {"read", "compute", "write", "solid", "stl"}
         assert r["solid"] == {"route": "", "files": []}, r["solid"]
         assert r["parameters"]["arc_step"] == 0.3 and r["parameters"]["side"] == "upper"
+        # The robust method (the default) gives the same outline here and says
+        # how it chose the axis and which tolerances it used.
+        code, stdout, _ = run(shaft, "-o", out, "--centre", "auto", "--json")
+        assert code == 0
+        r = json.loads(stdout)
+        assert r["method"] == "robust" and len(r["outline"]["vertices"]) == 7
+        assert abs(r["outline"]["area"] - area) < 1e-9, r["outline"]["area"]
+        assert r["axis"]["direction"] == [1, 0] and "symmetric" in r["axis"]["chosen_because"], r["axis"]
+        assert r["parameters"]["gap"] > 0 and r["parameters"]["chord_tol"] == 0.001, r["parameters"]
     case("--json result", json_result)
 
     def lower_side():
@@ -162,16 +171,23 @@ def main():
         assert code == 2 and "--driver" in err, err
     case("--driver hatch", hatch_driver)
 
-    def auto_centre_refused():
+    def auto_centre():
+        # Without a centre line: the contour's mirror line.
         none = os.path.join(tmp, "none.dxf")
         shaft_drawing(none, centre_lines=())
-        code, _, err = run(none, "-o", os.path.join(tmp, "x.dxf"), "--centre", "auto")
-        assert code == 2 and "--centre" in err, err
+        code, out, err = run(none, "-o", os.path.join(tmp, "x.dxf"), "--centre", "auto")
+        assert code == 0 and "middle of the contour" in out, (out, err)
+        # Of two centre lines, the one the contour is symmetric about.
         two = os.path.join(tmp, "two.dxf")
-        shaft_drawing(two, centre_lines=((0, "CENTER"), (2, "DASHDOT")))
-        code, _, err = run(two, "-o", os.path.join(tmp, "x.dxf"), "--centre", "auto")
-        assert code == 2 and "different heights" in err and err.count("found:") == 2, err
-    case("--centre auto refused with a list of what was found", auto_centre_refused)
+        shaft_drawing(two, centre_lines=((2, "DASHDOT"), (0, "CENTER")))
+        code, out, err = run(two, "-o", os.path.join(tmp, "x.dxf"), "--centre", "auto")
+        assert code == 0 and "horizontal at y = 0" in out and "symmetric" in out, (out, err)
+        # Only a centre line the contour fits nowhere: refused, with what was looked at.
+        off = os.path.join(tmp, "off.dxf")
+        shaft_drawing(off, centre_lines=((2, "DASHDOT"),))
+        code, out, err = run(off, "-o", os.path.join(tmp, "x.dxf"), "--centre", "auto")
+        assert code == 3 and "cannot find the part's axis" in out and "looked at centre line" in out, (out, err)
+    case("--centre auto chooses the centre line and says why, or refuses", auto_centre)
 
     def exit_codes():
         code, _, err = run(os.path.join(tmp, "missing.dxf"), "-o", os.path.join(tmp, "x.dxf"), "--centre", "0,0")
