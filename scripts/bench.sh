@@ -19,3 +19,5 @@ echo "== batch tasks (100 framed tools)"
 /usr/bin/python3 bench/batch_bench.py build
 echo "== outline methods (slabs against hatch)"
 /usr/bin/python3 bench/hatch_vs_slabs.py build
+echo "== robust and exact outline side by side"
+/usr/bin/python3 bench/robust_outline_bench.py build
