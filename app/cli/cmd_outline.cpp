@@ -135,12 +135,12 @@ int parse(const Args& args, Options& o) {
       o.exact = *s == "exact";
     } else if (a == "--axis") {
       const std::string* s = value(i);
-      if (!s || !numbers(*s, v, 4) || (v[0] == v[2] && v[1] == v[3]))
+      if (!s || !SplitNumbers(*s, v, 4) || (v[0] == v[2] && v[1] == v[3]))
         return usage("--axis needs X1,Y1,X2,Y2, two different points of the axis");
       o.axis = std::array<double, 4>{v[0], v[1], v[2], v[3]};
     } else if (a == "--gap" || a == "--chord-tol") {
       const std::string* s = value(i);
-      if (!s || !numbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
+      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
       (a == "--gap" ? o.gap : o.chordTol) = v[0];
     } else if (a == "--tool") {
       const std::string* s = value(i);
