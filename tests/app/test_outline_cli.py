@@ -155,7 +155,7 @@ def main():
         # the profile, the radius-2 corner as chords on its arc, no bulges,
         # and no frame, axis or clone left in the drawing.
         out = os.path.join(tmp, "hatch.dxf")
-        code, stdout, err = run(shaft, "-o", out, "--centre", "20,0", "--driver", "hatch", "--json")
+        code, stdout, err = run(shaft, "-o", out, "--centre", "20,0", "--driver", "hatch", "--json", "--method", "exact")
         assert code == 0, err
         assert json.loads(stdout)["parameters"]["driver"] == "hatch"
         pts = [(round(x, 6), round(y, 6), b) for x, y, b in outline_of(out).get_points("xyb")]
