@@ -56,7 +56,7 @@ def distance(p, poly):
 
 
 def run(envline, drawing, window, centre, driver, out):
-    cmd = [envline, "outline", drawing, "-o", out, "--window", window, "--centre", centre, "--json", "--driver", driver]
+    cmd = [envline, "outline", drawing, "-o", out, "--window", window, "--centre", centre, "--json", "--driver", driver, "--method", "exact"]
     r = subprocess.run(cmd, capture_output=True, text=True)
     if r.returncode not in (0, 3):
         raise SystemExit(f"{' '.join(cmd)} failed: {r.stderr}")
