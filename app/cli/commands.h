@@ -12,4 +12,5 @@ int runInfo(const Args& args);
 int runOutline(const Args& args);
 int runExport(const Args& args);
 int runBatch(const Args& args);
+int runScript(const Args& args);
 }  // namespace cli

@@ -31,6 +31,9 @@ const char* kUsage =
     "                       load and save a drawing (a round trip by default)\n"
     "  envline gui [DRAWING.dxf ...]\n"
     "                       the desktop window (envline-gui) with the drawings\n"
+    "  envline run SCRIPT [DRAWING.dxf...]\n"
+    "                       the headless host: load the module, open the\n"
+    "                       drawings and run a script of commands and answers\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
     "                       report what the drawing host sees (a self-check)\n"
     "  envline --version    print the version\n"
@@ -125,6 +128,7 @@ int main(int argc, char** argv) {
   if (command == "outline") return cli::runOutline(rest);
   if (command == "export") return cli::runExport(rest);
   if (command == "batch") return cli::runBatch(rest);
+  if (command == "run") return cli::runScript(rest);
   std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
   return 2;
 }

@@ -177,6 +177,29 @@ void AcDbDatabase::removeReactor(AcDbDatabaseReactor* reactor) {
 void AcDbDatabase::notifyAppended(const AcDbObject* obj) const {
   for (std::size_t i = 0; i < m_reactors.size(); ++i) m_reactors[i]->objectAppended(this, obj);
 }
+namespace {
+AcDbDatabase::ObjectFingerprint& fingerprintFn() {
+  static AcDbDatabase::ObjectFingerprint f = nullptr;
+  return f;
+}
+}  // namespace
+
+void AcDbDatabase::setObjectFingerprint(ObjectFingerprint f) { fingerprintFn() = f; }
+
+void AcDbDatabase::rememberState(AcDbObjectId id) {
+  const AcDbObject* obj = fingerprintFn() ? objectAt(id) : nullptr;
+  if (obj) m_openStates[id.slotIndex()] = fingerprintFn()(*obj);
+}
+
+bool AcDbDatabase::changedSinceRemembered(AcDbObjectId id) {
+  const auto it = m_openStates.find(id.slotIndex());
+  if (it == m_openStates.end()) return true;
+  const AcDbObject* obj = objectAt(id);
+  const bool changed = !obj || fingerprintFn()(*obj) != it->second;
+  m_openStates.erase(it);
+  return changed;
+}
+
 void AcDbDatabase::notifyModified(const AcDbObject* obj) const {
   for (std::size_t i = 0; i < m_reactors.size(); ++i) m_reactors[i]->objectModified(this, obj);
 }

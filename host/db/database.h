@@ -5,6 +5,7 @@
 #include <string_view>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/db/object.h"
@@ -156,6 +157,16 @@ class AcDbDatabase {
   AcDbObjectId idAt(std::uint32_t index) const { return AcDbObjectId(m_serial, index); }
   static AcDbDatabase* fromSerial(std::uint32_t serial);
   std::uint32_t serial() const { return m_serial; }
+  // An object's state as a file would hold it (installed by the file
+  // library). An object opened for write and closed with the same state is
+  // not modified: no objectModified, and its original text stays.
+  using ObjectFingerprint = std::string (*)(const AcDbObject&);
+  static void setObjectFingerprint(ObjectFingerprint f);
+  // On a write opening: remembers the object's state.
+  void rememberState(AcDbObjectId id);
+  // On closing a write opening: whether the state changed (true when it
+  // was not remembered); forgets it.
+  bool changedSinceRemembered(AcDbObjectId id);
   void notifyAppended(const AcDbObject* obj) const;
   void notifyModified(const AcDbObject* obj) const;
   void notifyErased(const AcDbObject* obj, bool erased) const;
@@ -179,6 +190,7 @@ class AcDbDatabase {
   std::unique_ptr<AcDbObjectLoader> m_loader;
   AcDbHandle m_handseed{1};
   std::vector<AcDbDatabaseReactor*> m_reactors;
+  std::unordered_map<std::uint32_t, std::string> m_openStates;  // by slot index, while open for write
   std::vector<AcDbHeaderVariable> m_header;
   std::string_view m_source;
   std::shared_ptr<const void> m_sourceOwner;

@@ -76,6 +76,7 @@ Acad::ErrorStatus AcDbObject::upgradeOpen() {
   if (s->readers != 1) return Acad::eWasOpenForRead;
   s->readers = 0;
   s->writer = true;
+  db->rememberState(m_id);
   return Acad::eOk;
 }
 
@@ -85,8 +86,10 @@ Acad::ErrorStatus AcDbObject::downgradeOpen() {
   if (!s || !s->writer) return Acad::eOk;
   s->writer = false;
   s->readers = 1;
-  s->modified = true;
-  db->notifyModified(this);
+  if (db->changedSinceRemembered(m_id)) {
+    s->modified = true;
+    db->notifyModified(this);
+  }
   return Acad::eOk;
 }
 
@@ -96,8 +99,11 @@ Acad::ErrorStatus AcDbObject::close() {
   if (!s) return Acad::eOk;  // not in a database: nothing is open
   if (s->writer) {
     s->writer = false;
-    s->modified = true;
-    db->notifyModified(this);
+    // Closed as it was opened: nothing to tell, and its text stays.
+    if (db->changedSinceRemembered(m_id)) {
+      s->modified = true;
+      db->notifyModified(this);
+    }
   } else if (s->readers > 0) {
     --s->readers;
   }
@@ -173,6 +179,7 @@ Acad::ErrorStatus acdbOpenAcDbObject(AcDbObject*& obj, AcDbObjectId id, AcDb::Op
   if (mode == AcDb::kForWrite) {
     if (s->readers > 0) return Acad::eWasOpenForRead;
     s->writer = true;
+    db->rememberState(id);
   } else {
     if (s->readers >= 256) return Acad::eAtMaxReaders;
     ++s->readers;

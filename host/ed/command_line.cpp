@@ -107,7 +107,7 @@ InputReply CommandLine::read(PromptKind kind, const std::string& prompt) {
     if (reply.kind == InputReply::kText) acutPrintf("%s", reply.text.c_str());
     if (reply.kind == InputReply::kCancel) acutPrintf("*Cancel*");
   }
-  if (reply.kind != InputReply::kEnd || kind != PromptKind::kCommand) acutPrintf("\n");
+  acutPrintf("\n");
   if (reply.kind == InputReply::kEnd) m_inputEnded = true;
   return reply;
 }

@@ -97,6 +97,7 @@ class HeadlessWindow : public DialogWindow {
   void destroy() override {
     m_record->visible = false;
     m_record->destroyed = true;
+    m_record->window = nullptr;
     m_dialog.windowDestroyed();
   }
 
@@ -110,7 +111,9 @@ std::unique_ptr<DialogWindow> HeadlessDialogService::createWindow(ModelessDialog
   auto record = std::make_shared<Record>();
   record->resourceId = resourceId;
   m_windows.push_back(record);
-  return std::make_unique<HeadlessWindow>(dialog, record);
+  auto window = std::make_unique<HeadlessWindow>(dialog, record);
+  record->window = window.get();
+  return window;
 }
 
 std::shared_ptr<HeadlessDialogService::Record> HeadlessDialogService::liveWindow(int resourceId) const {

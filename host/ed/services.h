@@ -113,6 +113,7 @@ class HeadlessDialogService : public DialogService {
     int shown = 0;
     bool visible = false;
     bool destroyed = false;
+    DialogWindow* window = nullptr;  // while not destroyed: lets a test close it as a user would
   };
   std::unique_ptr<DialogWindow> createWindow(ModelessDialog& dialog, int resourceId) override;
   const std::vector<std::shared_ptr<Record>>& windows() const { return m_windows; }

@@ -1,0 +1,86 @@
+// The host's commands run from a script: open, explode, erase, layers, zoom,
+// save under a new name, close; the saved file read back.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "host/db/operations.h"
+#include "host/dxf/dxf_file.h"
+#include "host/ed/command_line.h"
+#include "host/ed/document.h"
+#include "host/ed/editor.h"
+#include "host/ed/editor_input.h"
+#include "host/ed/messages.h"
+
+namespace {
+
+using host::ed::commandLine;
+using host::ed::TextInput;
+
+struct Saves : AcEditorReactor {
+  std::vector<std::string> events;
+  void beginSave(AcDbDatabase*, const char* f) override { events.push_back(std::string("begin ") + f); }
+  void saveComplete(AcDbDatabase*, const char* f) override { events.push_back(std::string("done ") + f); }
+};
+
+int countKind(const AcDbDatabase* db, const AcRxClass* cls) {
+  int n = 0;
+  for (const AcDbObjectId id : host::allEntities(db)) {
+    AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
+    n += e && e->isKindOf(cls);
+  }
+  return n;
+}
+
+TEST(HostCommands, AScriptOpensExplodesSwitchesLayersZoomsAndSavesAsANewFile) {
+  const std::string sample = std::string(ENVLINE_SOURCE_DIR) + "/samples/step_drill.dxf";
+  const auto dir = std::filesystem::temp_directory_path() / "envline_host_commands";
+  std::filesystem::create_directories(dir);
+  const std::string out = (dir / "exploded.dxf").string();
+  std::filesystem::remove(out);
+  Saves saves;
+  acedEditor->addReactor(&saves);
+  TextInput script({"OPEN", sample, "EXPLODE", "A", "", "LAYER", "OFF", "图框", "", "ZOOM", "W", "0,0", "100,50",
+                    "SAVEAS", out, "CLOSE"},
+                   "t.scr");
+  commandLine().setInput(&script);
+  host::ed::takeMessages();
+  const bool ok = commandLine().runInput();
+  const std::string printed = host::ed::takeMessages();
+  EXPECT_TRUE(ok) << printed;
+  EXPECT_TRUE(acDocManager->documents().empty());
+  EXPECT_EQ(saves.events, (std::vector<std::string>{"begin " + out, "done " + out}));
+  acedEditor->removeReactor(&saves);
+  commandLine().setInput(nullptr);
+
+  // The sample's frame (a block reference) is gone, its pieces are there, the
+  // frame's layer is off; the sample itself is untouched.
+  host::dxf::DxfDrawing saved, original;
+  host::dxf::Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfFile(out, saved, diag)) << diag.error;
+  ASSERT_TRUE(host::dxf::readDxfFile(sample, original, diag)) << diag.error;
+  EXPECT_EQ(countKind(saved.database.get(), AcDbBlockReference::desc()), 0);
+  EXPECT_GT(countKind(original.database.get(), AcDbBlockReference::desc()), 0);
+  EXPECT_GT(host::allEntities(saved.database.get()).length(), host::allEntities(original.database.get()).length());
+  AcDbObjectId frameLayer;
+  ASSERT_EQ(host::findLayer(saved.database.get(), "图框", frameLayer), Acad::eOk);
+  AcDbObjectPointer<AcDbLayerTableRecord> layer(frameLayer, AcDb::kForRead);
+  EXPECT_TRUE(layer->isOff());
+}
+
+TEST(HostCommands, FailuresAreReportedAndZoomFollowsTheWindow) {
+  acDocManager->openDocument(std::make_unique<AcDbDatabase>(), "z.dxf");
+  TextInput script({"ZOOM", "W", "0,0", "100,50", "OPEN", "/nonexistent/x.dxf"}, "t.scr");
+  commandLine().setInput(&script);
+  host::ed::takeMessages();
+  EXPECT_FALSE(commandLine().runInput());
+  EXPECT_NE(host::ed::takeMessages().find("/nonexistent/x.dxf"), std::string::npos);
+  const AcDbViewTableRecord view = host::ed::currentView(acDocManager->curDocument());
+  EXPECT_DOUBLE_EQ(view.centerPoint().x, 50);
+  EXPECT_DOUBLE_EQ(view.width(), 100);
+  EXPECT_DOUBLE_EQ(view.height(), 50);
+  acDocManager->closeDocument(acDocManager->curDocument());
+  commandLine().setInput(nullptr);
+}
+
+}  // namespace
