@@ -1,8 +1,11 @@
 #include "tests/shell/sample_tasks.h"
 
+#include "app/cli/json.h"
 #include "host/db/operations.h"
 
 namespace {
+std::string handle(AcDbObjectId id) { return id.isNull() ? "0" : id.handle().toHex(); }
+
 AcDbObjectId addLine(AcDbDatabase& db, double y) {
   AcDbObjectId id;
   host::appendEntity(&db, new AcDbLine({0, y, 0}, {20, y, 0}), id);
@@ -41,4 +44,31 @@ CBatchTaskList SampleTasks(AcDbDatabase& db) {
   p.m_nAxisDir = 1;
   tasks[2].m_strName = "T3";
   return tasks;
+}
+
+std::string TasksJson(const CBatchTaskList& tasks) {
+  cli::Json j;
+  j.beginObject().key("tasks").beginArray();
+  for (const CBatchTaskInfo& t : tasks) {
+    j.beginObject().key("name").value(t.m_strName).key("exec").value(t.m_nExecState);
+    j.key("export").value(t.m_nExportState).key("tools").beginArray();
+    for (const CBatchToolInfo& tool : t.m_vecTools) {
+      j.beginObject().key("name").value(tool.m_strName).key("centre").beginArray();
+      j.value(tool.m_ptCenter.x).value(tool.m_ptCenter.y).value(tool.m_ptCenter.z).endArray();
+      j.key("entities").beginArray();
+      for (int i = 0; i < tool.m_arrEntityIds.length(); ++i) j.value(handle(tool.m_arrEntityIds[i]));
+      j.endArray().key("outline").value(handle(tool.m_idOutline));
+      j.key("exec").value(tool.m_nExecState).key("export").value(tool.m_nExportState).endObject();
+    }
+    const CEncircleCalInfo& p = t.m_calInfo;
+    j.endArray().key("params").beginObject();
+    j.key("remove_dashed").value(p.m_bRemoveDashed).key("tol_point").value(p.m_tolPoint.equalPoint());
+    j.key("tol_line").value(p.m_tolLine.equalPoint()).key("tol_fine").value(p.m_tolFine.equalPoint());
+    j.key("step").value(p.m_dStep).key("break_length").value(p.m_dBreakLength);
+    j.key("axis_dir").value(p.m_nAxisDir).endObject().endObject();
+  }
+  j.endArray().endObject();
+  // Without the enclosing braces: a member for the caller's object.
+  const std::string& s = j.str();
+  return s.substr(1, s.size() - 2);
 }

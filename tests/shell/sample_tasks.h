@@ -1,5 +1,8 @@
 #pragma once
-// A task list for the task store tests, over lines it adds to the drawing.
+// A task list for the task store tests, over lines it adds to the drawing,
+// and task lists as JSON for the tests' oracles.
+#include <string>
+
 #include "host/db/database.h"
 #include "shell/batch_task.h"
 
@@ -7,3 +10,7 @@
 // then one entity and no outline), Chinese names, every state; the second
 // with a name padded by spaces and edited parameters; the third plain.
 CBatchTaskList SampleTasks(AcDbDatabase& db);
+
+// "tasks":[...] (a member for a JSON object): names, states, centres,
+// entities and outline by handle ("0" for none), parameters.
+std::string TasksJson(const CBatchTaskList& tasks);

@@ -15,31 +15,6 @@
 
 namespace {
 
-std::string handle(AcDbObjectId id) { return id.isNull() ? "0" : id.handle().toHex(); }
-
-void printTasks(cli::Json& j, const CBatchTaskList& tasks) {
-  j.key("tasks").beginArray();
-  for (const CBatchTaskInfo& t : tasks) {
-    j.beginObject().key("name").value(t.m_strName).key("exec").value(t.m_nExecState);
-    j.key("export").value(t.m_nExportState).key("tools").beginArray();
-    for (const CBatchToolInfo& tool : t.m_vecTools) {
-      j.beginObject().key("name").value(tool.m_strName).key("centre").beginArray();
-      j.value(tool.m_ptCenter.x).value(tool.m_ptCenter.y).value(tool.m_ptCenter.z).endArray();
-      j.key("entities").beginArray();
-      for (int i = 0; i < tool.m_arrEntityIds.length(); ++i) j.value(handle(tool.m_arrEntityIds[i]));
-      j.endArray().key("outline").value(handle(tool.m_idOutline));
-      j.key("exec").value(tool.m_nExecState).key("export").value(tool.m_nExportState).endObject();
-    }
-    const CEncircleCalInfo& p = t.m_calInfo;
-    j.endArray().key("params").beginObject();
-    j.key("remove_dashed").value(p.m_bRemoveDashed).key("tol_point").value(p.m_tolPoint.equalPoint());
-    j.key("tol_line").value(p.m_tolLine.equalPoint()).key("tol_fine").value(p.m_tolFine.equalPoint());
-    j.key("step").value(p.m_dStep).key("break_length").value(p.m_dBreakLength);
-    j.key("axis_dir").value(p.m_nAxisDir).endObject().endObject();
-  }
-  j.endArray();
-}
-
 int write(const std::string& path, const std::string& version) {
   host::dxf::DxfDrawing drawing;
   drawing.database = std::make_unique<AcDbDatabase>();
@@ -52,11 +27,7 @@ int write(const std::string& path, const std::string& version) {
     std::fprintf(stderr, "%s\n", diag.error.c_str());
     return 1;
   }
-  cli::Json j;
-  j.beginObject();
-  printTasks(j, tasks);
-  j.endObject();
-  std::printf("%s\n", j.str().c_str());
+  std::printf("{%s}\n", TasksJson(tasks).c_str());
   return 0;
 }
 
@@ -79,10 +50,10 @@ int dump(const std::string& in, const std::string& out) {
     }
   }
   cli::Json j;
-  j.beginObject().key("found").value(found).key("messages").value(loadMessages);
-  printTasks(j, *factory.GetTaskStore(db));
-  j.endObject();
-  std::printf("%s\n", j.str().c_str());
+  j.beginObject().key("found").value(found).key("messages").value(loadMessages).endObject();
+  std::string text = j.str();
+  text.insert(text.size() - 1, "," + TasksJson(*factory.GetTaskStore(db)));
+  std::printf("%s\n", text.c_str());
   return 0;
 }
 
