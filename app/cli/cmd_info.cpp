@@ -6,6 +6,7 @@
 
 #include "app/cli/commands.h"
 #include "app/cli/json.h"
+#include "host/db/block_extents.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/tags.h"
@@ -45,7 +46,7 @@ struct Frame {
   AcDbExtents box;
 };
 
-std::vector<Frame> toolFrames(const AcDbDatabase& db) {
+std::vector<Frame> toolFrames(const AcDbDatabase& db, host::BlockExtents& blocks) {
   std::vector<Frame> frames;
   for (AcDbObjectId id : host::allEntities(&db)) {
     AcDbObjectPointer<AcDbBlockReference> ref(id, AcDb::kForRead);
@@ -63,7 +64,7 @@ std::vector<Frame> toolFrames(const AcDbDatabase& db) {
                      : (k == GroupKind::kInt16 || k == GroupKind::kInt32) ? std::to_string(v.integer)
                                                                           : v.text;
     }
-    ref->getGeomExtents(f.box);
+    blocks.entityExtents(*ref.get(), f.box);
     frames.push_back(f);
   }
   return frames;
@@ -98,12 +99,14 @@ int runInfo(const Args& args) {
   const AcDbDatabase& db = *d.database;
   std::map<std::string, int> byKind, byLayer;
   AcDbExtents extents;
+  // Each block's box is worked out once, however often it is inserted.
+  host::BlockExtents blockBoxes;
   for (AcDbObjectId id : host::allEntities(&db)) {
     AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
     ++byKind[host::dxf::kindName(*e.get())];
     ++byLayer[e->layer()];
     AcDbExtents ext;
-    if (e->getGeomExtents(ext) == Acad::eOk) extents.addExt(ext);
+    if (blockBoxes.entityExtents(*e.get(), ext) == Acad::eOk) extents.addExt(ext);
   }
   struct Block {
     std::string name;
@@ -129,7 +132,7 @@ int runInfo(const Args& args) {
     if (rec) linetypes.push_back({rec->getName(), rec->comments(), linetypeKind(*rec.get())});
   }
   lt.close();
-  const std::vector<Frame> frames = toolFrames(db);
+  const std::vector<Frame> frames = toolFrames(db, blockBoxes);
   const auto* version = host::dxf::findVersion(d.info.acadVer);
   const std::string release = version ? version->release : "unknown";
   const std::string codePage = d.info.acadVer >= "AC1021" ? "UTF-8" : d.info.codePage;

@@ -29,6 +29,8 @@ const char* errorString(ErrorStatus es) {
     case eGeneralModelingFailure: return "eGeneralModelingFailure";
     case eLockViolation: return "eLockViolation";
     case eNotInGroup: return "eNotInGroup";
+    case eSelfReference: return "eSelfReference";
+    case eOutOfMemory: return "eOutOfMemory";
   }
   return "unknown status";
 }

@@ -29,6 +29,8 @@ enum ErrorStatus {
   eGeneralModelingFailure,
   eLockViolation,
   eNotInGroup,
+  eSelfReference,  // a block that inserts itself
+  eOutOfMemory,    // work refused because it would exceed a limit
 };
 const char* errorString(ErrorStatus es);
 }  // namespace Acad

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "host/db/block_extents.h"
 #include "host/db/database.h"
 #include "host/db/setter.h"
 #include "host/db/other_entities.h"
@@ -128,20 +129,8 @@ void AcDbBlockReference::copyTransforms(AcArray<AcGeMatrix3d>& transforms) const
 }
 
 Acad::ErrorStatus AcDbBlockReference::getGeomExtents(AcDbExtents& extents) const {
-  extents = AcDbExtents();
-  AcDbEntityArray pieces;
-  explode(pieces);
-  for (AcDbEntity* piece : pieces) {
-    AcDbExtents e;
-    if (piece->getGeomExtents(e) == Acad::eOk) extents.addExt(e);
-    delete piece;
-  }
-  for (const AcDbObjectId id : m_attributes) {
-    const auto* att = host::peek<AcDbAttribute>(id);
-    AcDbExtents e;
-    if (att && !id.isErased() && !att->isInvisible() && att->getGeomExtents(e) == Acad::eOk) extents.addExt(e);
-  }
-  return extents.isValid() ? Acad::eOk : Acad::eInvalidExtents;
+  host::BlockExtents blocks;
+  return blocks.entityExtents(*this, extents);
 }
 
 Acad::ErrorStatus AcDbBlockReference::transformBy(const AcGeMatrix3d& xform) {
@@ -152,6 +141,11 @@ Acad::ErrorStatus AcDbBlockReference::transformBy(const AcGeMatrix3d& xform) {
 Acad::ErrorStatus AcDbBlockReference::explode(AcDbEntityArray& entities) const {
   const auto* block = host::peek<AcDbBlockTableRecord>(m_block);
   if (!block || m_block.isErased()) return Acad::eInvalidInput;
+  std::uint64_t live = 0;
+  for (const AcDbObjectId id : block->entityIds()) live += !id.isErased();
+  const auto* array = AcDbMInsertBlock::cast(this);
+  const std::uint64_t copies = array ? std::uint64_t(std::max(array->columns(), 1)) * std::max(array->rows(), 1) : 1;
+  if (live != 0 && copies > host::kMaxExplodedEntities / live) return Acad::eOutOfMemory;
   AcArray<AcGeMatrix3d> transforms;
   copyTransforms(transforms);
   for (const AcGeMatrix3d& m : transforms) transformedBlockEntities(*this, *block, m, entities);
@@ -169,14 +163,14 @@ Acad::ErrorStatus AcDbMInsertBlock::setArray(int columns, int rows, double colum
   return Acad::eOk;
 }
 
-void AcDbMInsertBlock::copyTransforms(AcArray<AcGeMatrix3d>& transforms) const {
+AcGeMatrix3d AcDbMInsertBlock::copyTransform(int column, int row) const {
   // Copies are spaced along the insert's rotated axes, unscaled.
-  const AcGeMatrix3d base = blockTransform();
-  const AcGeMatrix3d axes = linearPart(normal(), rotation());
+  AcGeVector3d offset(column * m_colSpacing, row * m_rowSpacing, 0);
+  offset.transformBy(linearPart(normal(), rotation()));
+  return AcGeMatrix3d::translation(offset) * blockTransform();
+}
+
+void AcDbMInsertBlock::copyTransforms(AcArray<AcGeMatrix3d>& transforms) const {
   for (int r = 0; r < m_rows; ++r)
-    for (int c = 0; c < m_columns; ++c) {
-      AcGeVector3d offset(c * m_colSpacing, r * m_rowSpacing, 0);
-      offset.transformBy(axes);
-      transforms.append(AcGeMatrix3d::translation(offset) * base);
-    }
+    for (int c = 0; c < m_columns; ++c) transforms.append(copyTransform(c, r));
 }

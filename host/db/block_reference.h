@@ -45,11 +45,14 @@ class AcDbBlockReference : public AcDbEntity {
   AcDbObjectId sequenceEndId() const { return m_seqend; }
   void setSequenceEndId(AcDbObjectId id) { m_seqend = id; }
 
+  // From the block's box, transformed (see host::BlockExtents).
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
   Acad::ErrorStatus transformBy(const AcGeMatrix3d& xform) override;
   // One level: the block's entities transformed by the insert. Nested
   // references stay references. Entities on layer "0" take the reference's
-  // layer; by-block colour and linetype take the reference's.
+  // layer; by-block colour and linetype take the reference's. eOutOfMemory,
+  // producing nothing, when that would be more than
+  // host::kMaxExplodedEntities entities.
   Acad::ErrorStatus explode(AcDbEntityArray& entities) const override;
   AcDbObject* cloneObject() const override { return new AcDbBlockReference(*this); }
 
@@ -77,6 +80,8 @@ class AcDbMInsertBlock : public AcDbBlockReference {
   double columnSpacing() const { return m_colSpacing; }
   double rowSpacing() const { return m_rowSpacing; }
   Acad::ErrorStatus setArray(int columns, int rows, double columnSpacing, double rowSpacing);
+  // Block-to-world transform of the copy in column and row (from 0).
+  AcGeMatrix3d copyTransform(int column, int row) const;
   AcDbObject* cloneObject() const override { return new AcDbMInsertBlock(*this); }
 
  protected:

@@ -111,6 +111,35 @@ void addCurveExtents(const AcGeCurve3d& curve, AcDbExtents& extents, int steps) 
   }
 }
 
+void addConicArcExtents(const AcGePoint3d& c, const AcGeVector3d& p, const AcGeVector3d& q, double t0, double t1,
+                        AcDbExtents& extents) {
+  const auto at = [&](double t) { return c + p * std::cos(t) + q * std::sin(t); };
+  const AcGePoint3d a = at(t0), b = at(t1);
+  double lo[3] = {std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z)};
+  double hi[3] = {std::max(a.x, b.x), std::max(a.y, b.y), std::max(a.z, b.z)};
+  const double sweep = t1 - t0;
+  if (sweep > 0) {
+    const double pk[3] = {p.x, p.y, p.z}, qk[3] = {q.x, q.y, q.z}, ck[3] = {c.x, c.y, c.z};
+    const bool full = sweep >= kTwoPi;
+    // Within the sweep when reached from t0 by less than the sweep.
+    const auto inSweep = [&](double t) {
+      double d = std::fmod(t - t0, kTwoPi);
+      if (d < 0) d += kTwoPi;
+      return d <= sweep;
+    };
+    for (int k = 0; k < 3; ++k) {
+      // Coordinate k is ck + amp cos(t - phi): largest at phi, smallest at phi + pi.
+      const double amp = std::hypot(pk[k], qk[k]);
+      if (amp == 0) continue;
+      const double phi = std::atan2(qk[k], pk[k]);
+      if (full || inSweep(phi)) hi[k] = std::max(hi[k], ck[k] + amp);
+      if (full || inSweep(phi + std::numbers::pi)) lo[k] = std::min(lo[k], ck[k] - amp);
+    }
+  }
+  extents.addPoint(AcGePoint3d(lo[0], lo[1], lo[2]));
+  extents.addPoint(AcGePoint3d(hi[0], hi[1], hi[2]));
+}
+
 }  // namespace host
 
 // --- AcDbCurve -------------------------------------------------------------
@@ -263,7 +292,10 @@ std::unique_ptr<AcGeCurve3d> AcDbArc::geCurve() const {
 
 Acad::ErrorStatus AcDbArc::getGeomExtents(AcDbExtents& extents) const {
   extents = AcDbExtents();
-  host::addCurveExtents(*geCurve(), extents);
+  const AcGeMatrix3d ocs = AcGeMatrix3d::planeToWorld(m_normal);
+  const AcGeVector3d x(ocs.entry[0][0], ocs.entry[1][0], ocs.entry[2][0]);
+  host::addConicArcExtents(m_center, x * m_radius, m_normal.crossProduct(x) * m_radius, m_startAngle,
+                           m_startAngle + sweep(), extents);
   return Acad::eOk;
 }
 
@@ -385,16 +417,18 @@ bool AcDbEllipse::isClosed() const {
 }
 
 std::unique_ptr<AcGeCurve3d> AcDbEllipse::geCurve() const {
-  double end = m_endParam;
-  while (end <= m_startParam) end += kTwoPi;
+  double start = m_startParam;
+  const double end = host::sweepEnd(start, m_endParam, true);
   const double a = m_major.length();
   return std::make_unique<AcGeEllipArc3d>(m_center, m_major, m_normal.crossProduct(m_major), a, a * m_ratio,
-                                          m_startParam, end);
+                                          start, end);
 }
 
 Acad::ErrorStatus AcDbEllipse::getGeomExtents(AcDbExtents& extents) const {
   extents = AcDbExtents();
-  host::addCurveExtents(*geCurve(), extents);
+  double start = m_startParam;
+  const double end = host::sweepEnd(start, m_endParam, true);
+  host::addConicArcExtents(m_center, m_major, minorAxis(), start, end, extents);
   return Acad::eOk;
 }
 
@@ -435,9 +469,9 @@ Acad::ErrorStatus AcDbEllipse::transformBy(const AcGeMatrix3d& xform) {
   q.transformBy(xform);
   AcGePoint3d c = m_center;
   c.transformBy(xform);
-  double end = m_endParam;
-  while (end <= m_startParam) end += kTwoPi;
-  std::unique_ptr<AcDbEllipse> image(fromConjugate(c, p, q, m_startParam, end));
+  double start = m_startParam;
+  const double end = host::sweepEnd(start, m_endParam, true);
+  std::unique_ptr<AcDbEllipse> image(fromConjugate(c, p, q, start, end));
   if (!image) return Acad::eDegenerateGeometry;
   m_center = image->m_center;
   m_normal = image->m_normal;

@@ -210,4 +210,11 @@ namespace host {
 // Tight extents of any curve: its end points and the extremes of each
 // coordinate found from the zeros of the derivative.
 void addCurveExtents(const AcGeCurve3d& curve, AcDbExtents& extents, int steps = 96);
+// Adds the box of the arc c + p cos t + q sin t, t from t0 to t1 (t1 >= t0),
+// exactly: its ends and, along each axis, the extreme points the sweep
+// passes (quadrant points of a circle in the drawing plane). p and q are
+// conjugate semi-diameters: radius times the plane's axes for a circular
+// arc, the major and minor axis for an ellipse.
+void addConicArcExtents(const AcGePoint3d& c, const AcGeVector3d& p, const AcGeVector3d& q, double t0, double t1,
+                        AcDbExtents& extents);
 }  // namespace host

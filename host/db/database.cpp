@@ -48,7 +48,9 @@ const AcDbDatabase::Slot* AcDbDatabase::slot(AcDbObjectId id) const {
   return const_cast<AcDbDatabase*>(this)->slot(id);
 }
 
-void AcDbDatabase::setHandseed(AcDbHandle seed) { m_handseed = std::max(m_handseed, seed); }
+void AcDbDatabase::setHandseed(AcDbHandle seed) {
+  if (seed.value() <= kLargestHandseed + 1) m_handseed = std::max(m_handseed, seed);
+}
 
 void AcDbDatabase::reserveHandles(std::size_t count) {
   indexHandles();
@@ -63,8 +65,10 @@ void AcDbDatabase::indexHandles() {
 }
 
 AcDbDatabase::Slot& AcDbDatabase::newSlot(AcDbHandle handle, std::uint32_t& index) {
-  if (handle.isNull() || handle >= m_handseed) {
-    // A handle at or beyond the seed is free: nothing in use reaches the seed.
+  const bool far = handle.value() > kLargestHandseed;
+  if (handle.isNull() || (handle >= m_handseed && !far)) {
+    // A handle at or beyond the seed is free: nothing in use reaches the
+    // seed but the far handles, which are looked up.
   } else {
     indexHandles();
     if (m_byHandle->contains(handle.value())) handle = AcDbHandle();
@@ -72,6 +76,12 @@ AcDbDatabase::Slot& AcDbDatabase::newSlot(AcDbHandle handle, std::uint32_t& inde
   if (handle.isNull()) {
     handle = m_handseed;
     ++m_handseed;
+    if (m_farHandles) {
+      indexHandles();
+      while (m_byHandle->contains(handle.value())) handle = AcDbHandle(m_handseed.value()), ++m_handseed;
+    }
+  } else if (far) {
+    m_farHandles = true;
   } else if (handle >= m_handseed) {
     m_handseed = AcDbHandle(handle.value() + 1);
   }

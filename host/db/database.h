@@ -74,8 +74,12 @@ class AcDbDatabase {
   AcDbObjectId layerZero() const { return m_layerZero; }
 
   AcDbHandle handseed() const { return m_handseed; }
-  // Raises the seed; it never goes below a handle in use.
+  // Raises the seed; it never goes below a handle in use. Seeds beyond
+  // kLargestHandseed are ignored: counting on from there would wrap round.
   void setHandseed(AcDbHandle seed);
+  // Handles above this are kept as a file gives them, but new handles are
+  // counted from below it (skipping any in use).
+  static constexpr std::uint64_t kLargestHandseed = std::uint64_t(1) << 60;
 
   // Adds an object that has no owner yet (owners call this for their
   // children). The database owns it from then on; it is open for write.
@@ -189,6 +193,7 @@ class AcDbDatabase {
   std::unique_ptr<HandleIndex> m_byHandle;  // built on first look-up
   std::unique_ptr<AcDbObjectLoader> m_loader;
   AcDbHandle m_handseed{1};
+  bool m_farHandles = false;  // some handle in use lies beyond kLargestHandseed
   std::vector<AcDbDatabaseReactor*> m_reactors;
   std::unordered_map<std::uint32_t, std::string> m_openStates;  // by slot index, while open for write
   std::vector<AcDbHeaderVariable> m_header;

@@ -78,7 +78,7 @@ void chainExtents(const AcGeVector3d& normal, double elevation, const std::vecto
     const auto& v0 = verts[i];
     if (v0.bulge == 0 || !host::arcFromBulge(v0.point, verts[(i + 1) % n].point, v0.bulge, c, r, s, e)) continue;
     if (e <= s) e += kTwoPi;
-    host::addCurveExtents(AcGeCircArc3d(toWorld(ocs, c, elevation), normal, ref, r, s, e), ext);
+    host::addConicArcExtents(toWorld(ocs, c, elevation), ref * r, normal.crossProduct(ref) * r, s, e, ext);
   }
 }
 

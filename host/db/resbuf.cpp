@@ -45,7 +45,7 @@ GroupKind groupKind(int code) {
   if (code == 1005) return GroupKind::kHandle;
   if (code >= 1010 && code <= 1013) return GroupKind::kPoint;
   if (code >= 1020 && code <= 1039) return GroupKind::kReal;
-  if (code >= 1040 && code <= 1042) return GroupKind::kReal;
+  if (code >= 1040 && code <= 1059) return GroupKind::kReal;
   if (code >= 1060 && code <= 1070) return GroupKind::kInt16;
   if (code == 1071) return GroupKind::kInt32;
   return GroupKind::kString;

@@ -61,6 +61,8 @@ bool isCommonTag(int code) {
 void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>& own, bool entity) {
   own.clear();
   bool seenSubclass = false, inEntitySubclass = false, hasSubclasses = false;
+  bool leading = false;                      // at the head of the subclass after AcDbEntity
+  bool got[4] = {false, false, false, false};  // layer, linetype, colour, weight seen in AcDbEntity
   for (const Tag& t : tags)
     if (t.code == 100) hasSubclasses = true;
   long long n = 0;
@@ -93,9 +95,23 @@ void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>
     }
     if (t.code == 100) {
       seenSubclass = true;
+      // Some writers (dxflib) put the common values at the head of the
+      // subclass that follows AcDbEntity instead of inside it.
+      leading = inEntitySubclass;
       inEntitySubclass = t.value == "AcDbEntity";
       own.push_back(t);
       continue;
+    }
+    if (entity && leading && hasSubclasses) {
+      bool taken = true;
+      switch (t.code) {
+        case 8: if (!got[0]) c.layer = std::string(t.value); break;
+        case 6: if (!got[1]) c.linetype = std::string(t.value); break;
+        case 62: if (!got[2] && parseInt(t.value, n)) c.color = static_cast<int>(n); break;
+        case 370: if (!got[3] && parseInt(t.value, n)) c.lineWeight = static_cast<int>(n); break;
+        default: taken = false; leading = false; break;
+      }
+      if (taken) continue;
     }
     if ((t.code == 5 || t.code == 105) && c.handle.isNull()) {
       c.handle = AcDbHandle::fromHex(std::string(t.value));
@@ -107,11 +123,11 @@ void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>
     }
     if (entity && (inEntitySubclass || !hasSubclasses)) {
       switch (t.code) {
-        case 8: c.layer = std::string(t.value); continue;
-        case 6: c.linetype = std::string(t.value); continue;
-        case 62: if (parseInt(t.value, n)) c.color = static_cast<int>(n); continue;
+        case 8: c.layer = std::string(t.value); got[0] = true; continue;
+        case 6: c.linetype = std::string(t.value); got[1] = true; continue;
+        case 62: if (parseInt(t.value, n)) c.color = static_cast<int>(n); got[2] = true; continue;
         case 420: if (parseInt(t.value, n)) c.trueColor = static_cast<int>(n); continue;
-        case 370: if (parseInt(t.value, n)) c.lineWeight = static_cast<int>(n); continue;
+        case 370: if (parseInt(t.value, n)) c.lineWeight = static_cast<int>(n); got[3] = true; continue;
         case 48: { double d; if (parseDouble(t.value, d)) c.linetypeScale = d; continue; }
         case 60: if (parseInt(t.value, n)) c.invisible = n != 0; continue;
         case 67: if (parseInt(t.value, n)) c.paperSpace = n != 0; continue;

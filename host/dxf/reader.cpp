@@ -1,16 +1,18 @@
 // Builds a host database from the tags of a drawing file.
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <array>
 #include <deque>
 #include <fstream>
 #include <optional>
 #include <sstream>
 
+#include "host/db/block_extents.h"
 #include "host/db/peek.h"
 #include "host/dxf/codec.h"
 #include "host/dxf/encoding.h"
@@ -80,6 +82,10 @@ class Reader {
   // The tags of one object, from its "0" tag to the next; numbers are checked.
   bool collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end);
   bool expectEnd(std::string_view what);
+  // A SECTION or EOF where a section's ENDSEC should be: warns, puts the tag
+  // back and says the section is over, so that the next section is read as
+  // what it is.
+  bool sectionCutShort(const Tag& t, std::string_view section);
   // The tag with \U+XXXX and \M+nXXXX escapes in its value replaced by the
   // characters (the source text itself keeps them, for writing back).
   Tag decoded(Tag t) {
@@ -231,6 +237,9 @@ bool Reader::run() {
   if (!m_sawEof) return fail(where(t.line) + ": the file ends without an EOF marker");
   ensureStandardObjects(true);
   resolve();
+  // A block inserting itself has no extents and no end when exploded.
+  if (const auto cycle = findBlockCycle(m_db); !cycle.empty())
+    return fail("block " + cycle.front() + " inserts itself: " + describeCycle(cycle));
   return true;
 }
 
@@ -238,6 +247,14 @@ bool Reader::expectEnd(std::string_view what) {
   const std::string at = m_binaryOffsets.empty() ? "line " + std::to_string(std::count(m_text.begin(), m_text.end(), '\n') + 1)
                                                  : "byte offset " + std::to_string(m_binarySize);
   return fail(at + ": the file ends inside the " + std::string(what) + " section (no ENDSEC)");
+}
+
+bool Reader::sectionCutShort(const Tag& t, std::string_view section) {
+  if (t.code != 0 || (t.value != "SECTION" && t.value != "EOF")) return false;
+  m_diag.warn(where(t.line) + ": the " + std::string(section) + " section has no ENDSEC; it ends where the " +
+              (t.value == "EOF" ? std::string("file ends") : std::string("next section begins")));
+  m_tags.unread();
+  return true;
 }
 
 bool Reader::readHeader(const Tag&) {
@@ -263,7 +280,16 @@ bool Reader::readHeader(const Tag&) {
     const std::string& n = current->name;
     if (n == "$ACADVER") m_info.acadVer = std::string(t.value);
     else if (n == "$DWGCODEPAGE") m_info.codePage = std::string(t.value);
-    else if (n == "$HANDSEED") m_headerSeed = AcDbHandle::fromHex(std::string(t.value));
+    else if (n == "$HANDSEED") {
+      m_headerSeed = AcDbHandle::fromHex(std::string(t.value));
+      // New handles follow the largest in use; a seed near the top of the
+      // range would wrap round to handles already taken.
+      if (m_headerSeed.value() > AcDbDatabase::kLargestHandseed) {
+        m_diag.warn(where(t.line) + ": $HANDSEED " + std::string(t.value) +
+                    " is beyond any usable handle; new objects are numbered after the largest handle in use");
+        m_headerSeed = AcDbHandle();
+      }
+    }
     else if (n == "$CLAYER") m_clayerName = std::string(t.value);
     else if (n == "$INSUNITS") {
       long long u = 0;
@@ -479,7 +505,8 @@ bool Reader::readBlocks() {
         if (AcDbDatabase::Slot* s = m_db.slot(endId)) s->owner = block;
         break;
       }
-      if (t.value == "ENDSEC" || t.value == "BLOCK") return failAt(t, "block " + name + " has no ENDBLK");
+      if (t.value == "ENDSEC" || t.value == "BLOCK" || t.value == "SECTION" || t.value == "EOF")
+        return failAt(t, "block " + name + " has no ENDBLK");
       if (!readEntity(t, block)) return false;
     }
     if (!m_diag.error.empty()) return false;
@@ -493,6 +520,7 @@ bool Reader::readEntities() {
   Tag t;
   while (next(t)) {
     if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (sectionCutShort(t, "ENTITIES")) return true;
     if (t.code != 0) return failAt(t, "expected an entity in the ENTITIES section");
     if (!readEntity(t, AcDbObjectId::kNull)) return false;
   }
@@ -509,6 +537,7 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
   } plain, entity;
   AcDbHandle handle;
   bool hasSubclasses = false, inEntitySubclass = false, inGroup = false, inXdata = false;
+  bool leading = false, gotLayer = false, gotLinetype = false;
   std::size_t end = 0;
   Tag t;
   while (nextOwnTag(first, t, end)) {
@@ -526,6 +555,7 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
     switch (t.code) {
       case 100:
         hasSubclasses = true;
+        leading = inEntitySubclass;
         inEntitySubclass = t.value == "AcDbEntity";
         break;
       case 5:
@@ -536,7 +566,14 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
       case 6:
       case 67: {
         Fields& f = hasSubclasses ? entity : plain;
-        if (hasSubclasses && !inEntitySubclass) break;
+        // As splitObject: also at the head of the subclass after AcDbEntity
+        // when AcDbEntity itself did not say.
+        const bool fromLead = leading && t.code != 67 && !(t.code == 8 ? gotLayer : gotLinetype);
+        if (hasSubclasses && !inEntitySubclass && !fromLead) {
+          leading = false;
+          break;
+        }
+        if (inEntitySubclass) (t.code == 8 ? gotLayer : gotLinetype) |= t.code != 67;
         if (t.code == 8) f.layer = decoded(t).value;
         else if (t.code == 6) f.linetype = decoded(t).value;
         else {
@@ -545,7 +582,12 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
         }
         break;
       }
-      default: break;
+      case 62:
+      case 370:
+        break;  // common values the loader takes; they keep the head going
+      default:
+        leading = false;
+        break;
     }
   }
   if (!m_diag.error.empty()) return false;
@@ -678,6 +720,7 @@ bool Reader::readObjects() {
   bool first = true;
   while (next(t)) {
     if (t.code == 0 && t.value == "ENDSEC") return true;
+    if (sectionCutShort(t, "OBJECTS")) return true;
     if (t.code != 0) return failAt(t, "expected an object in the OBJECTS section");
     if (!collect(t, tags, end)) return false;
     CommonFields common;
@@ -754,7 +797,7 @@ bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDra
   if (isBinaryDxf(bytes)) {
     drawing.info.binary = true;
     auto converted = std::make_shared<std::string>();
-    if (!binaryToText(bytes, *converted, diag.error, &offsets)) return false;
+    if (!binaryToText(bytes, *converted, diag.error, &offsets, &diag.warnings)) return false;
     text = *converted;
     owner = converted;
   }
@@ -785,14 +828,6 @@ bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDra
   return reader.run();
 }
 
-// A read-only mapping of a file, unmapped when the last owner lets go.
-struct FileMapping {
-  const char* data = nullptr;
-  std::size_t size = 0;
-  ~FileMapping() {
-    if (data) munmap(const_cast<char*>(data), size);
-  }
-};
 }  // namespace
 
 bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
@@ -801,27 +836,37 @@ bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag)
 }
 
 bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag) {
+  // Read, not mapped: a file another program cuts short while we read it
+  // gives an error message instead of a bus error.
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   struct stat st {};
   if (fd < 0 || ::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    const std::string reason = fd < 0 ? std::strerror(errno) : "not a regular file";
     if (fd >= 0) ::close(fd);
-    diag.error = path + ": cannot open the file" + (fd >= 0 ? " (not a regular file)" : "");
+    diag.error = path + ": cannot open the file (" + reason + ")";
     return false;
   }
-  auto mapping = std::make_shared<FileMapping>();
-  mapping->size = static_cast<std::size_t>(st.st_size);
-  if (mapping->size > 0) {
-    // The whole file is read anyway: populate the mapping in one go.
-    void* p = ::mmap(nullptr, mapping->size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
-    if (p == MAP_FAILED) {
+  auto bytes = std::make_shared<std::string>();
+  bytes->resize(static_cast<std::size_t>(st.st_size));
+  std::size_t done = 0;
+  while (done < bytes->size()) {
+    const ssize_t n = ::read(fd, bytes->data() + done, bytes->size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) {
+      diag.error = path + ": read error (" + std::strerror(errno) + ")";
       ::close(fd);
-      diag.error = path + ": read error";
       return false;
     }
-    mapping->data = static_cast<const char*>(p);
+    if (n == 0) {
+      ::close(fd);
+      diag.error = path + ": the file became shorter while it was read (" + std::to_string(done) + " of " +
+                   std::to_string(bytes->size()) + " bytes); another program may be writing it";
+      return false;
+    }
+    done += static_cast<std::size_t>(n);
   }
   ::close(fd);
-  if (!readOwned(std::string_view(mapping->data ? mapping->data : "", mapping->size), mapping, drawing, diag)) {
+  if (!readOwned(*bytes, bytes, drawing, diag)) {
     diag.error = path + ": " + diag.error;
     return false;
   }

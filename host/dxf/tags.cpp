@@ -183,7 +183,9 @@ std::string formatDouble(double value) {
   return s;
 }
 
-bool binaryToText(std::string_view bytes, std::string& text, std::string& error, std::vector<std::size_t>* offsets) {
+bool binaryToText(std::string_view bytes, std::string& text, std::string& error, std::vector<std::size_t>* offsets,
+                  std::vector<std::string>* warnings) {
+  std::size_t nonFinite = 0, firstNonFinite = 0;
   if (!isBinaryDxf(bytes)) {
     error = "not a binary drawing file";
     return false;
@@ -250,6 +252,7 @@ bool binaryToText(std::string_view bytes, std::string& text, std::string& error,
       case GroupKind::kPoint: {
         double d;
         ok = r.read(d);
+        if (ok && !std::isfinite(d) && nonFinite++ == 0) firstNonFinite = at;
         if (ok) text += formatDouble(std::isfinite(d) ? d : 0.0);
         break;
       }
@@ -297,6 +300,11 @@ bool binaryToText(std::string_view bytes, std::string& text, std::string& error,
     }
     text += '\n';
   }
+  if (nonFinite > 0 && warnings)
+    warnings->push_back("byte offset " + std::to_string(firstNonFinite) + ": " + std::to_string(nonFinite) +
+                        (nonFinite == 1 ? " real value is" : " real values are") +
+                        " not a finite number (NaN or infinite) and " + (nonFinite == 1 ? "was" : "were") +
+                        " read as 0");
   return true;
 }
 

@@ -55,9 +55,10 @@ bool isBinaryDxf(std::string_view bytes);
 // Converts a binary file to the text form, one "code\nvalue\n" pair a tag;
 // false with a message naming the byte offset when it is malformed. When
 // offsets is given it receives the byte offset of every tag, so that later
-// messages can name the place in the binary file.
+// messages can name the place in the binary file. Reals that are not
+// finite numbers (NaN, infinity) become 0, reported in warnings when given.
 bool binaryToText(std::string_view bytes, std::string& text, std::string& error,
-                  std::vector<std::size_t>* offsets = nullptr);
+                  std::vector<std::size_t>* offsets = nullptr, std::vector<std::string>* warnings = nullptr);
 
 // Shortest text that reads back as the same double ("1.0" rather than "1").
 std::string formatDouble(double value);

@@ -11,7 +11,7 @@ AcGeCircArc3d::AcGeCircArc3d(const AcGePoint3d& center, const AcGeVector3d& norm
     : m_center(center), m_normal(normal.normal()), m_radius(radius), m_start(startAngle), m_end(endAngle) {
   // The reference direction is kept in the plane of the arc.
   m_ref = (refVec - m_normal * refVec.dotProduct(m_normal)).normal();
-  while (m_end < m_start) m_end += 2 * std::numbers::pi;
+  m_end = host::sweepEnd(m_start, m_end, false);
 }
 
 AcGeCircArc3d::AcGeCircArc3d(const AcGePoint3d& p1, const AcGePoint3d& p2, const AcGePoint3d& p3) {
@@ -43,7 +43,8 @@ AcGePoint3d AcGeCircArc3d::closestPointTo(const AcGePoint3d& point, const AcGeTo
   const AcGeVector3d inPlane = v - m_normal * v.dotProduct(m_normal);
   if (inPlane.isZeroLength()) return evalPoint(m_start);
   double a = m_ref.angleTo(inPlane, m_normal);
-  while (a < m_start) a += 2 * std::numbers::pi;
+  double from = m_start;
+  a = host::sweepEnd(from, a, false);
   if (a <= m_end) return evalPoint(a);
   // Outside the sweep: the nearer end point.
   const AcGePoint3d s = evalPoint(m_start), e = evalPoint(m_end);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace host {
 namespace {
@@ -22,11 +23,16 @@ double gauss10(const AcGeCurve3d& c, double a, double b) {
   return s * h;
 }
 
-double adaptive(const AcGeCurve3d& c, double a, double b, double whole, double absTol, int depth) {
+// Pieces an integration may split into before it takes what it has.
+constexpr int kMaxPieces = 1 << 14;
+
+double adaptive(const AcGeCurve3d& c, double a, double b, double whole, double absTol, int depth, int& budget) {
   const double m = (a + b) / 2;
   const double left = gauss10(c, a, m), right = gauss10(c, m, b);
-  if (depth >= 40 || std::fabs(left + right - whole) <= absTol) return left + right;
-  return adaptive(c, a, m, left, absTol / 2, depth + 1) + adaptive(c, m, b, right, absTol / 2, depth + 1);
+  if (depth >= 40 || --budget <= 0 || !std::isfinite(left + right) || std::fabs(left + right - whole) <= absTol)
+    return left + right;
+  const double l = adaptive(c, a, m, left, absTol / 2, depth + 1, budget);
+  return l + adaptive(c, m, b, right, absTol / 2, depth + 1, budget);
 }
 
 }  // namespace
@@ -35,8 +41,28 @@ double integrateSpeed(const AcGeCurve3d& curve, double a, double b, double relTo
   if (a == b) return 0;
   if (b < a) std::swap(a, b);
   const double whole = gauss10(curve, a, b);
+  if (!std::isfinite(whole)) return whole;
   const double absTol = std::max(std::fabs(whole) * relTol, 1e-15);
-  return adaptive(curve, a, b, whole, absTol, 0);
+  int budget = kMaxPieces;
+  return adaptive(curve, a, b, whole, absTol, 0, budget);
+}
+
+double sweepEnd(double& start, double end, bool strict) {
+  constexpr double kTurn = 2 * std::numbers::pi;
+  if (!std::isfinite(start) || !std::isfinite(end)) return end;
+  if (std::fabs(start) > 1e9 || std::fabs(end) > 1e9) {
+    // A turn no longer changes such numbers reliably: work from [0, 2pi).
+    const double d = end - start;
+    start = std::fmod(start, kTurn);
+    if (start < 0) start += kTurn;
+    end = start + (std::isfinite(d) ? std::fmod(d, kTurn) : 0);
+  }
+  const auto before = [&](double e) { return strict ? e <= start : e < start; };
+  // Turn by turn, as the usual one or two turns have always been added.
+  for (int i = 0; i < 4 && before(end); ++i) end += kTurn;
+  if (before(end)) end += std::ceil((start - end) / kTurn) * kTurn;
+  while (before(end)) end += kTurn;
+  return end;
 }
 
 }  // namespace host

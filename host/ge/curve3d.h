@@ -51,5 +51,15 @@ class AcGeCurve3d {
 
 namespace host {
 // Integrates |f'(t)| over [a, b] with adaptive Gauss-Legendre quadrature.
+// The work is bounded: a speed that is not finite gives its non-finite
+// result at once, and a curve that never converges stops refining after a
+// fixed number of pieces.
 double integrateSpeed(const AcGeCurve3d& curve, double a, double b, double relTol);
+
+// The end angle of a periodic sweep moved by whole turns to lie after start
+// (strictly after when strict, else at or after), in constant time for any
+// magnitude. Angles too large for a turn to register in a double are first
+// reduced to [0, 2pi) together, keeping their difference; the reduced start
+// is returned in start.
+double sweepEnd(double& start, double end, bool strict);
 }  // namespace host

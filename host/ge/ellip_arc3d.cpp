@@ -12,7 +12,7 @@ AcGeEllipArc3d::AcGeEllipArc3d(const AcGePoint3d& center, const AcGeVector3d& ma
       m_b(minorRadius),
       m_start(startAngle),
       m_end(endAngle) {
-  while (m_end < m_start) m_end += 2 * std::numbers::pi;
+  m_end = host::sweepEnd(m_start, m_end, false);
 }
 
 AcGePoint3d AcGeEllipArc3d::evalPoint(double t) const {
@@ -27,5 +27,6 @@ void AcGeEllipArc3d::breakParams(AcGeDoubleArray& params) const {
   // Integrate quadrant by quadrant: the speed is smooth but peaks at the
   // vertices, and the quadrature converges fastest between them.
   const double q = std::numbers::pi / 2;
-  for (double k = std::ceil(m_start / q) * q; k < m_end; k += q) params.append(k);
+  const double first = std::ceil(m_start / q);
+  for (int i = 0; i < 64 && (first + i) * q < m_end; ++i) params.append((first + i) * q);
 }

@@ -319,3 +319,48 @@ TEST(DxfWriter, ApplicationsOfNewExtendedDataJoinTheTable) {
   EXPECT_NE(out.find("1001\nTUKANGE_NAME_IDENTITY\n1000\nT-7\n"), std::string::npos);
 }
 }  // namespace
+
+TEST(DxfReader, CommonValuesAfterTheSubclassMarkerAsDxflibWritesThem) {
+  // dxflib writes "100 AcDbEntity" and the entity's own subclass marker
+  // first, then layer, colour, weight and linetype.
+  const std::string lineLikeDxflib =
+      "  0\nLINE\n  5\n30\n100\nAcDbEntity\n100\nAcDbLine\n  8\nAXIS\n 62\n1\n370\n25\n  6\nCENTER\n"
+      " 10\n0\n 20\n0\n 30\n0\n 11\n5\n 21\n0\n 31\n0\n";
+  const std::string circleLikeDxflib =
+      "  0\nCIRCLE\n  5\n31\n100\nAcDbEntity\n100\nAcDbCircle\n  8\nHOLES\n 62\n3\n370\n-1\n  6\nDASHED\n"
+      " 10\n1\n 20\n1\n 30\n0\n 40\n2\n";
+  // Layer inside AcDbEntity wins over a later 8 in the subclass.
+  const std::string usual = "  0\nLINE\n  5\n32\n100\nAcDbEntity\n  8\nOUTLINE\n100\nAcDbLine\n"
+                            " 10\n0\n 20\n0\n 30\n0\n 11\n1\n 21\n1\n 31\n0\n";
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(lineLikeDxflib + circleLikeDxflib + usual), d, diag)) << diag.error;
+  const AcDbObjectIdArray ids = host::allEntities(d.database.get());
+  ASSERT_EQ(ids.length(), 3);
+  const char* layers[] = {"AXIS", "HOLES", "OUTLINE"};
+  const char* linetypes[] = {"CENTER", "DASHED", "ByLayer"};
+  const int colours[] = {1, 3, 256};
+  for (int i = 0; i < 3; ++i) {
+    AcDbObjectPointer<AcDbEntity> e(ids[i], AcDb::kForRead);
+    ASSERT_TRUE(e);
+    EXPECT_EQ(std::string(e->layer()), layers[i]) << i;
+    EXPECT_TRUE(host::equalsNoCase(e->linetype(), linetypes[i])) << i << ": " << std::string(e->linetype());
+    EXPECT_EQ(e->color().colorIndex(), colours[i]) << i;
+  }
+  // Written back unchanged and after a change, the values stay where a
+  // reader of the usual form finds them.
+  {
+    AcDbObjectPointer<AcDbLine> l(ids[0], AcDb::kForWrite);
+    l->setEndPoint(AcGePoint3d(6, 0, 0));
+  }
+  std::string out;
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {}, out, diag)) << diag.error;
+  DxfDrawing back;
+  ASSERT_TRUE(host::dxf::readDxfText(out, back, diag)) << diag.error;
+  const AcDbObjectIdArray again = host::allEntities(back.database.get());
+  ASSERT_EQ(again.length(), 3);
+  AcDbObjectPointer<AcDbLine> l(again[0], AcDb::kForRead);
+  ASSERT_TRUE(l);
+  EXPECT_EQ(std::string(l->layer()), "AXIS");
+  EXPECT_TRUE(host::equalsNoCase(l->linetype(), "CENTER"));
+}
