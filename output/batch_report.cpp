@@ -6,9 +6,9 @@
 #include <cctype>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <sstream>
 
-#include "host/base/file_replace.h"
+#include "host/base/safe_write.h"
 
 namespace {
 
@@ -53,38 +53,27 @@ bool WriteBatchReport(const std::string& path, const std::vector<BatchReportRow>
 }
 
 bool WriteBatchReportCsv(const std::string& path, const std::vector<BatchReportRow>& rows, std::string& error) {
-  const std::string tmp = host::TempPathBeside(path);
-  {
-    std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-    if (!out) {
-      error = path + ": cannot create the report";
-      return false;
-    }
-    // The byte order mark lets spreadsheet programs see UTF-8.
-    out << "\xEF\xBB\xBF";
-    const auto& columns = BatchReportColumns();
-    for (std::size_t i = 0; i < columns.size(); ++i) out << (i ? "," : "") << columns[i];
-    out << "\r\n";
-    for (const BatchReportRow& r : rows) {
-      out << CsvField(r.task) << ',' << CsvField(r.tool) << ',' << r.execState << ',' << r.exportState << ','
-          << (r.nVertices ? std::to_string(*r.nVertices) : "") << ',' << (r.dLength ? Number(*r.dLength, 6) : "")
-          << ',' << (r.dArea ? Number(*r.dArea, 6) : "") << ',' << (r.dVolume ? Number(*r.dVolume, 6) : "") << ','
-          << CsvField(JoinFiles(r.files)) << ',' << Number(r.dSeconds, 3) << "\r\n";
-    }
-    out.flush();
-    if (!out) {
-      out.close();
-      std::filesystem::remove(tmp);
-      error = path + ": write failed (disk full?)";
-      return false;
-    }
+  std::ostringstream out;
+  // The byte order mark lets spreadsheet programs see UTF-8.
+  out << "\xEF\xBB\xBF";
+  const auto& columns = BatchReportColumns();
+  for (std::size_t i = 0; i < columns.size(); ++i) out << (i ? "," : "") << columns[i];
+  out << "\r\n";
+  for (const BatchReportRow& r : rows) {
+    out << CsvField(r.task) << ',' << CsvField(r.tool) << ',' << r.execState << ',' << r.exportState << ','
+        << (r.nVertices ? std::to_string(*r.nVertices) : "") << ',' << (r.dLength ? Number(*r.dLength, 6) : "")
+        << ',' << (r.dArea ? Number(*r.dArea, 6) : "") << ',' << (r.dVolume ? Number(*r.dVolume, 6) : "") << ','
+        << CsvField(JoinFiles(r.files)) << ',' << Number(r.dSeconds, 3) << "\r\n";
   }
-  return host::MoveIntoPlace(tmp, path, error);
+  return host::writeFileSafely(path, out.str(), error);
 }
 
 bool WriteBatchReportXlsx(const std::string& path, const std::vector<BatchReportRow>& rows, std::string& error) {
-  const std::string tmp = host::TempPathBeside(path);
-  lxw_workbook* book = workbook_new(tmp.c_str());
+  // The library writes the workbook by name: into the safe write's
+  // temporary file, then committed.
+  host::SafeFile file(path);
+  if (!file.open(error)) return false;
+  lxw_workbook* book = workbook_new(file.tempPath().c_str());
   if (!book) {
     error = path + ": cannot create the report";
     return false;
@@ -118,10 +107,8 @@ bool WriteBatchReportXlsx(const std::string& path, const std::vector<BatchReport
   worksheet_freeze_panes(sheet, 1, 0);
   const lxw_error status = workbook_close(book);
   if (status != LXW_NO_ERROR) {
-    std::error_code ec;
-    std::filesystem::remove(tmp, ec);
     error = path + ": " + lxw_strerror(status);
     return false;
   }
-  return host::MoveIntoPlace(tmp, path, error);
+  return file.commit(error);
 }

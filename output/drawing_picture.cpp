@@ -1,5 +1,6 @@
 #include "output/drawing_picture.h"
 
+#include <QtCore/QBuffer>
 #include <QtGui/QFont>
 #include <QtGui/QGuiApplication>
 #include <QtGui/QImage>
@@ -11,6 +12,7 @@
 #include <memory>
 #include <numbers>
 
+#include "host/base/safe_write.h"
 #include "host/db/operations.h"
 #include "host/dxf/tags.h"
 
@@ -222,8 +224,9 @@ bool WriteDrawingPicture(const AcDbDatabase& db, const std::string& path, const 
   const View view{x0, y0, scale, height};
   const bool svg = path.size() > 4 && host::equalsNoCase(path.substr(path.size() - 4), ".svg");
   if (svg) {
+    QBuffer bytes;
     QSvgGenerator gen;
-    gen.setFileName(QString::fromStdString(path));
+    gen.setOutputDevice(&bytes);
     gen.setSize(QSize(o.width, height));
     gen.setViewBox(QRect(0, 0, o.width, height));
     gen.setTitle(QString::fromUtf8(o.title.c_str()));
@@ -234,16 +237,17 @@ bool WriteDrawingPicture(const AcDbDatabase& db, const std::string& path, const 
     }
     paint(p, db, o, view, x1 - x0);
     p.end();
-    return true;
+    return host::writeFileSafely(path, std::string_view(bytes.data().constData(), bytes.data().size()), error);
   }
   QImage image(o.width, height, QImage::Format_ARGB32);
   {
     QPainter p(&image);
     paint(p, db, o, view, x1 - x0);
   }
-  if (!image.save(QString::fromStdString(path), "PNG")) {
-    error = path + ": cannot write the picture";
+  QBuffer bytes;
+  if (!bytes.open(QIODevice::WriteOnly) || !image.save(&bytes, "PNG")) {
+    error = path + ": cannot encode the picture";
     return false;
   }
-  return true;
+  return host::writeFileSafely(path, std::string_view(bytes.data().constData(), bytes.data().size()), error);
 }

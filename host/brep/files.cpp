@@ -27,7 +27,7 @@
 #include <map>
 #include <tuple>
 
-#include "host/base/file_replace.h"
+#include "host/base/safe_write.h"
 #include "host/brep/solid.h"
 
 namespace host::brep {
@@ -49,7 +49,7 @@ void Quiet() {
 
 }  // namespace
 
-bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& error) {
+bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& error, const std::string& productName) {
   if (solid.isNull()) {
     error = "no solid to write";
     return false;
@@ -61,18 +61,19 @@ bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& e
   // Curves on the surfaces are derived by every reader; leaving them out
   // halves the time of writing.
   Interface_Static::SetIVal("write.surfacecurve.mode", 0);
-  if (getenv("NOPC")) Interface_Static::SetIVal("write.surfacecurve.mode", 0);
+  const std::string product = productName.empty() ? std::filesystem::path(path).stem().string() : productName;
+  Interface_Static::SetCVal("write.step.product.name", product.c_str());
   if (writer.Transfer(ShapeOf(solid), STEPControl_AsIs) != IFSelect_RetDone) {
     error = "the solid could not be turned into STEP";
     return false;
   }
-  const std::string tmp = TempPathBeside(path);
-  if (writer.Write(tmp.c_str()) != IFSelect_RetDone) {
-    std::filesystem::remove(tmp);
+  host::SafeFile file(path);
+  if (!file.open(error)) return false;
+  if (writer.Write(file.tempPath().c_str()) != IFSelect_RetDone) {
     error = path + ": cannot write the STEP file";
     return false;
   }
-  return MoveIntoPlace(tmp, path, error);
+  return file.commit(error);
 }
 
 bool WriteStl(const AcDb3dSolid& solid, const std::string& path, double chordalTolerance, std::string& error) {
@@ -111,26 +112,12 @@ bool WriteStl(const AcDb3dSolid& solid, const std::string& path, double chordalT
                            static_cast<float>(p[2].X()), static_cast<float>(p[2].Y()), static_cast<float>(p[2].Z())});
     }
   }
-  const std::string tmp = TempPathBeside(path);
-  {
-    std::ofstream out(tmp, std::ios::binary);
-    char header[80] = {};
-    std::snprintf(header, sizeof header, "envline solid, %zu triangles", triangles.size());
-    const std::uint32_t count = static_cast<std::uint32_t>(triangles.size());
-    out.write(header, 80);
-    out.write(reinterpret_cast<const char*>(&count), 4);
-    const std::uint16_t attr = 0;
-    for (const auto& t : triangles) {
-      out.write(reinterpret_cast<const char*>(t.data()), 48);
-      out.write(reinterpret_cast<const char*>(&attr), 2);
-    }
-    if (!out.flush()) {
-      std::filesystem::remove(tmp);
-      error = path + ": cannot write the STL file";
-      return false;
-    }
-  }
-  return MoveIntoPlace(tmp, path, error);
+  std::string bytes(84 + 50 * triangles.size(), '\0');
+  std::snprintf(bytes.data(), 80, "envline solid, %zu triangles", triangles.size());
+  const std::uint32_t count = static_cast<std::uint32_t>(triangles.size());
+  std::memcpy(bytes.data() + 80, &count, 4);
+  for (std::size_t i = 0; i < triangles.size(); ++i) std::memcpy(bytes.data() + 84 + 50 * i, triangles[i].data(), 48);
+  return host::writeFileSafely(path, bytes, error);
 }
 
 bool StepVolume(const std::string& path, double& volume, std::string& error) {
@@ -144,6 +131,11 @@ bool StepVolume(const std::string& path, double& volume, std::string& error) {
   BRepGProp::VolumeProperties(reader.OneShape(), props);
   volume = props.Mass();
   return true;
+}
+
+bool WriteSat(const AcDb3dSolid& solid, const std::string& path, std::string& error) {
+  std::string text;
+  return SatText(solid, text, error) && host::writeFileSafely(path, text, error);
 }
 
 bool StlIsClosed(const std::string& path, std::string& error) {
@@ -190,22 +182,7 @@ Acad::ErrorStatus AcDbBody::acisOut(const std::string& path, const AcArray<AcDbE
     if (!solid) continue;
     std::string text, error;
     if (!host::brep::SatText(*solid, text, error)) return Acad::eNotApplicable;
-    const std::string tmp = (std::filesystem::path(path).parent_path() /
-                             ("." + std::filesystem::path(path).filename().string() + ".tmp"))
-                                .string();
-    {
-      std::ofstream out(tmp, std::ios::binary);
-      if (!(out << text) || !out.flush()) {
-        std::filesystem::remove(tmp);
-        return Acad::eFileAccessErr;
-      }
-    }
-    std::error_code ec;
-    std::filesystem::rename(tmp, path, ec);
-    if (ec) {
-      std::filesystem::remove(tmp, ec);
-      return Acad::eFileAccessErr;
-    }
+    if (!host::writeFileSafely(path, text, error)) return Acad::eFileAccessErr;
     return Acad::eOk;  // one body a file
   }
   return Acad::eInvalidInput;
