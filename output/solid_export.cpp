@@ -1,5 +1,7 @@
 #include "output/solid_export.h"
 
+#include "output/units.h"
+
 #include <cmath>
 #include <filesystem>
 #include <numbers>
@@ -146,16 +148,19 @@ void ExportOutline(const OutlineExport& request, const std::vector<DrawingFrame>
   bool ok = true;
   {
     AcDbObjectPointer<AcDb3dSolid> s(solid, AcDb::kForRead);
+    const std::unique_ptr<AcDb3dSolid> inMillimetres = SolidInMillimetres(*s.get(), request.millimetresPerUnit);
+    const AcDb3dSolid& out = inMillimetres ? *inMillimetres : *s.get();
     const std::filesystem::path base(path);
     std::string error;
     for (const std::string& format : request.formats) {
       const std::string file =
           format == "sat" ? path : (base.parent_path() / (base.stem().string() + "." + format)).string();
       bool written = false;
-      if (format == "sat") written = AcDbBody::acisOut(file, {s.get()}) == Acad::eOk;
-      else if (format == "step") written = host::brep::WriteStep(*s.get(), file, error);
-      else if (format == "stl") written = host::brep::WriteStl(*s.get(), file, request.stlTolerance, error);
+      if (format == "sat") written = host::brep::WriteSat(out, file, error);
+      else if (format == "step") written = host::brep::WriteStep(out, file, error, d.toolNumber);
+      else if (format == "stl") written = host::brep::WriteStl(out, file, request.stlTolerance, error);
       if (written) d.files.push_back(file);
+      else d.writeErrors.push_back(error);
       ok = ok && written;
     }
   }

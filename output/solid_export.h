@@ -56,6 +56,7 @@ struct OutlineExport {
   SolidOrientation orientation = SolidOrientation::kDrawing;
   std::set<std::string> formats{"sat"};  // sat, step, stl: written beside the SAT path
   double stlTolerance = 0.01;
+  double millimetresPerUnit = 1;  // the files carry millimetres (see output/units.h)
 };
 
 struct ExportDetail {
@@ -63,6 +64,7 @@ struct ExportDetail {
   AcDbObjectId solid;             // null when it was erased or none was made
   std::vector<std::string> files;  // what was written
   std::string toolNumber;
+  std::vector<std::string> writeErrors;  // why a file could not be written: the file and the reason
 };
 
 // Exports one outline; failures append their message to messages.

@@ -117,6 +117,7 @@ def main():
     rows = []
     for filename, tools, version, encoding in DRAWINGS:
         doc = ezdxf.new(version, setup=True)
+        doc.units = ezdxf.units.MM  # tool drawings are in millimetres
         setup(doc)
         for name, dx in tools:
             number, window, centre = draw_tool(doc, name, dx)

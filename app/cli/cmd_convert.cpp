@@ -3,22 +3,28 @@
 
 #include "app/cli/commands.h"
 #include "host/dxf/dxf_file.h"
+#include "host/dxf/encoding.h"
 
 namespace cli {
 
 namespace {
 const char* kHelp =
     "usage: envline convert IN.dxf -o OUT.dxf [--version R2000|R2004|R2007|R2010|R2013|R2018]\n"
+    "                       [--codepage ANSI_936|ANSI_1252|...]\n"
     "\n"
     "Reads a drawing (ASCII or binary, R12 to R2018) and writes it as ASCII DXF.\n"
     "Without --version the drawing keeps its version and everything in it is\n"
     "written back as it was read. With --version it is converted; data the\n"
     "target version cannot hold is left out with a warning that says what.\n"
+    "Versions before R2007 hold text in one code page: the drawing's own when\n"
+    "it holds all the text, else one that does (ANSI_936 for Chinese);\n"
+    "--codepage chooses it. Characters the page cannot hold are written as\n"
+    "\\U+ escapes, with a warning.\n"
     "The input file is never changed unless it is also named as the output.\n";
 }
 
 int runConvert(const Args& args) {
-  std::string in, out, version;
+  std::string in, out, version, codePage;
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     if (a == "-h" || a == "--help") {
@@ -27,6 +33,7 @@ int runConvert(const Args& args) {
     }
     if ((a == "-o" || a == "--output") && i + 1 < args.size()) out = args[++i];
     else if (a == "--version" && i + 1 < args.size()) version = args[++i];
+    else if (a == "--codepage" && i + 1 < args.size()) codePage = args[++i];
     else if (!a.empty() && a[0] != '-' && in.empty()) in = a;
     else {
       std::fprintf(stderr, "envline convert: unexpected argument '%s'\n%s", a.c_str(), kHelp);
@@ -42,6 +49,10 @@ int runConvert(const Args& args) {
                  version.c_str());
     return 2;
   }
+  if (!codePage.empty() && host::dxf::iconvName(codePage).empty()) {
+    std::fprintf(stderr, "envline convert: unknown code page '%s' (e.g. ANSI_936, ANSI_1252)\n", codePage.c_str());
+    return 2;
+  }
   host::dxf::DxfDrawing drawing;
   host::dxf::Diagnostics diag;
   if (!host::dxf::readDxfFile(in, drawing, diag)) {
@@ -50,6 +61,7 @@ int runConvert(const Args& args) {
   }
   host::dxf::WriteOptions options;
   options.acadVer = version;
+  options.codePage = codePage;
   if (!host::dxf::writeDxfFile(out, drawing, options, diag)) {
     std::fprintf(stderr, "envline convert: %s\n", diag.error.c_str());
     return 1;

@@ -10,6 +10,7 @@
 #include "host/dxf/dxf_file.h"
 #include "host/ed/document.h"
 #include "output/solid_export.h"
+#include "output/units.h"
 
 namespace cli {
 
@@ -30,6 +31,8 @@ const char* kHelp =
     "  --orient drawing|z    where the solid lies: as drawn (default), or with the\n"
     "                        tool's axis along +Z and its left end at the origin\n"
     "  --stl-tolerance T     chordal tolerance of the STL mesh (0.01 mm)\n"
+    "  --units U             the drawing's unit (mm, cm, m, inch, ft, ...) instead of\n"
+    "                        its $INSUNITS; the files carry millimetres\n"
     "  --delete-outline      erase the exported outlines from the drawing\n"
     "  --keep-solid          keep the solids in the drawing (written with -o)\n"
     "  -o OUT.dxf            write the drawing afterwards (the input is never changed)\n"
@@ -49,6 +52,7 @@ int runExport(const Args& args) {
   std::set<std::string> formats{"sat"};
   OutlineExport base;
   base.bDeleteSolid = true;
+  int units = -1;  // from the drawing
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     auto next = [&]() -> const std::string* { return i + 1 < args.size() ? &args[++i] : nullptr; };
@@ -85,6 +89,9 @@ int runExport(const Args& args) {
       const double t = v ? std::strtod(v->c_str(), &end) : 0;
       if (!v || *end || !(t > 0)) return usage("--stl-tolerance needs a positive number");
       base.stlTolerance = t;
+    } else if (a == "--units") {
+      const std::string* v = next();
+      if (!v || !UnitsFromName(*v, units)) return usage("--units needs a unit (mm, cm, m, inch, ft, ...)");
     } else if (a == "--delete-outline") {
       base.bDeleteOutline = true;
     } else if (a == "--keep-solid") {
@@ -111,6 +118,11 @@ int runExport(const Args& args) {
     return 1;
   }
   AcDbDatabase* db = drawing.database.get();
+  if (units < 0) {
+    units = db->insunits();
+    if (units == 0) std::fprintf(stderr, "warning: %s\n", kUnitlessWarning);
+  }
+  base.millimetresPerUnit = MillimetresPerUnit(units);
   AcApDocument* doc = acDocManagerPtr()->openBorrowedDocument(db, input);
   struct CloseDoc {
     AcApDocument* doc;
@@ -157,6 +169,7 @@ int runExport(const Args& args) {
       ++exported;
       for (const std::string& f : detail.files) std::printf("%s\n", f.c_str());
     }
+    for (const std::string& e : detail.writeErrors) std::fprintf(stderr, "envline export: %s\n", e.c_str());
   }
   if (!output.empty() && !host::dxf::writeDxfFile(output, drawing, {}, diag)) {
     std::fprintf(stderr, "envline export: %s\n", diag.error.c_str());

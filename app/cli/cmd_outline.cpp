@@ -16,6 +16,9 @@
 #include "output/solid_export.h"
 #include "engine/robust/contour.h"
 #include "ui/robust_outline_run.h"
+#include "output/units.h"
+#include "ui/centre_line.h"
+#include "ui/selection_limits.h"
 #include "ui/single_outline_run.h"
 
 namespace cli {
@@ -64,6 +67,8 @@ const char* kHelp =
     "                            the solid of the outline, revolved about the axis\n"
     "  --orient drawing|z        the solid as drawn (default) or along +Z from the origin\n"
     "  --stl-tolerance T         chordal tolerance of the STL mesh (0.01 mm)\n"
+    "  --units U                 the drawing's unit (mm, cm, m, inch, ft, ...) instead of\n"
+    "                            its $INSUNITS; SAT, STEP and STL carry millimetres\n"
     "  --keep-solid              keep the solid in the written drawing (a 3DSOLID)\n"
     "\n"
     "Every outline is checked: closed, simple, no edge of no length, both ends on the\n"
@@ -79,6 +84,7 @@ struct Options {
   std::string input, output, png, svg, sat, step, stl;
   SolidOrientation orientation = SolidOrientation::kDrawing;
   double stlTolerance = 0.01;
+  int units = -1;  // $INSUNITS code from --units; -1: the drawing's
   bool keepSolid = false;
   std::optional<std::array<double, 4>> window, crossing;
   std::vector<std::string> handles, layers;
@@ -188,6 +194,9 @@ int parse(const Args& args, Options& o) {
       const std::string* s = value(i);
       if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage("--stl-tolerance needs a positive number");
       o.stlTolerance = v[0];
+    } else if (a == "--units") {
+      const std::string* s = value(i);
+      if (!s || !UnitsFromName(*s, o.units)) return usage("--units needs a unit (mm, cm, m, inch, ft, ...)");
     } else if (a == "--keep-solid") {
       o.keepSolid = true;
     } else if (a == "--json") {
@@ -311,6 +320,13 @@ void runJob(const Options& o, AcDbDatabase* db, Job& job) {
   }
   if (o.centre)
     if (const auto w = CentrePointWarning(job.selection, {o.centre->x, o.centre->y})) job.warnings.push_back(*w);
+  // Block references that explode without end and curves of absurd length
+  // are named before the engine starts on them.
+  if (const std::string problem = CheckOutlineSelectionSize(job.selection, o.settings.dStep); !problem.empty()) {
+    job.message = kOutlineFailed;
+    job.problem = problem;
+    return;
+  }
   const auto clock = std::chrono::steady_clock::now();
   if (o.exact) {
     if (o.json) job.segments = CountSegmentsAfterConversion(job.selection, o.settings);
@@ -535,14 +551,22 @@ int runOutline(const Args& args) {
       return 1;
     }
     {
-      AcDbObjectPointer<AcDb3dSolid> solid(solidId, AcDb::kForRead);
+      AcDbObjectPointer<AcDb3dSolid> drawn(solidId, AcDb::kForRead);
+      // The files carry millimetres.
+      int units = o.units;
+      if (units < 0) {
+        units = db->insunits();
+        if (units == 0) std::fprintf(stderr, "warning: %s\n", kUnitlessWarning);
+      }
+      const std::unique_ptr<AcDb3dSolid> inMillimetres = SolidInMillimetres(*drawn.get(), MillimetresPerUnit(units));
+      const AcDb3dSolid* solid = inMillimetres ? inMillimetres.get() : drawn.get();
       std::string error;
       bool ok = true;
-      if (!o.sat.empty()) ok = AcDbBody::acisOut(o.sat, {solid.get()}) == Acad::eOk, error = o.sat + ": " + kWriteFailed;
-      if (ok && !o.step.empty()) ok = host::brep::WriteStep(*solid.get(), o.step, error);
+      if (!o.sat.empty()) ok = host::brep::WriteSat(*solid, o.sat, error);
+      if (ok && !o.step.empty()) ok = host::brep::WriteStep(*solid, o.step, error);
       solidMs = msSince(clock);
       clock = std::chrono::steady_clock::now();
-      if (ok && !o.stl.empty()) ok = host::brep::WriteStl(*solid.get(), o.stl, o.stlTolerance, error);
+      if (ok && !o.stl.empty()) ok = host::brep::WriteStl(*solid, o.stl, o.stlTolerance, error);
       stlMs = msSince(clock);
       if (!ok) {
         std::fprintf(stderr, "envline outline: %s\n", error.c_str());

@@ -238,7 +238,18 @@ bool AcDbRegion::satText(std::string&, std::string& error) const {
   return false;
 }
 
-Acad::ErrorStatus AcDb3dSolid::transformBy(const AcGeMatrix3d&) {
-  // Solids are placed when they are made (see createFromProfile).
-  return Acad::eNotApplicable;
+Acad::ErrorStatus AcDb3dSolid::transformBy(const AcGeMatrix3d& xform) {
+  // A solid of revolution follows a move, turn, mirror or uniform scale by
+  // its profile: the axis moves, the profile's lengths scale.
+  if (!m_profile) return Acad::eNotApplicable;
+  if (!xform.isUniScaledOrtho()) return Acad::eCannotScaleNonUniformly;
+  MeridianProfile moved = *m_profile;
+  const double s = xform.scale();
+  moved.axisPoint.transformBy(xform);
+  moved.axisDir.transformBy(xform);
+  moved.upDir.transformBy(xform);
+  moved.axisDir = moved.axisDir.normal();
+  moved.upDir = moved.upDir.normal();
+  for (auto& v : moved.vertices) v.x *= s, v.r *= s;
+  return createFromProfile(moved);
 }

@@ -76,6 +76,7 @@ class AcDb3dSolid : public AcDbModelerEntity {
   const char* dxfKind() const override { return "3DSOLID"; }
   bool satText(std::string& text, std::string& error) const override;
   Acad::ErrorStatus getGeomExtents(AcDbExtents& extents) const override;
+  // Moves, turns, mirrors or scales uniformly (a solid of revolution).
   Acad::ErrorStatus transformBy(const AcGeMatrix3d& xform) override;
   AcDbObject* cloneObject() const override { return new AcDb3dSolid(*this); }
 
@@ -95,7 +96,12 @@ namespace host::brep {
 // The SAT text of a solid of revolution (what acisOut writes).
 bool SatText(const AcDb3dSolid& solid, std::string& text, std::string& error);
 // STEP (AP214) and STL (meshed within the chordal tolerance) files.
-bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& error);
+// SAT, STEP and STL files, written the safe way (host/base/safe_write.h);
+// false with the file and the reason in error.
+bool WriteSat(const AcDb3dSolid& solid, const std::string& path, std::string& error);
+// The STEP product is named productName (the file's name when empty).
+bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& error,
+               const std::string& productName = {});
 bool WriteStl(const AcDb3dSolid& solid, const std::string& path, double chordalTolerance, std::string& error);
 // The volume of the solid in a STEP file, as Open CASCADE reads it back.
 bool StepVolume(const std::string& path, double& volume, std::string& error);

@@ -62,6 +62,10 @@ bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag)
 
 struct WriteOptions {
   std::string acadVer;  // empty: the version the drawing was read in
+  // $DWGCODEPAGE of a file before R2007 ("ANSI_936"); empty: the drawing's
+  // own when it holds all the text, else one that does (with a warning when
+  // none holds everything).
+  std::string codePage;
 };
 // Writes the drawing as ASCII DXF: to a temporary file in the target folder,
 // flushed, then renamed into place.

@@ -152,11 +152,13 @@ std::string decodeEscapes(std::string_view s) {
   return out;
 }
 
-std::string encodeFromUtf8(std::string_view utf8, const std::string& page) {
+std::string encodeFromUtf8(std::string_view utf8, const std::string& page, std::size_t* unencodable) {
+  if (unencodable) *unencodable = 0;
   if (isAscii(utf8)) return std::string(utf8);
   const std::string to = iconvName(page).empty() ? "CP1252" : iconvName(page);
   if (to == "UTF-8") return std::string(utf8);
-  return convert(utf8, to.c_str(), "UTF-8", [](std::string_view rest, std::string& out) {
+  return convert(utf8, to.c_str(), "UTF-8", [unencodable](std::string_view rest, std::string& out) {
+    if (unencodable) ++*unencodable;
     // One UTF-8 character the page lacks: write it as an escape.
     const unsigned char c = static_cast<unsigned char>(rest[0]);
     const std::size_t len = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : 4;
@@ -170,6 +172,30 @@ std::string encodeFromUtf8(std::string_view utf8, const std::string& page) {
     out += buf;
     return std::min(len, rest.size());
   });
+}
+
+std::string chooseCodePage(std::string_view utf8, const std::string& current, const std::string& wanted,
+                           std::size_t& unencodable) {
+  unencodable = 0;
+  if (!wanted.empty()) {
+    encodeFromUtf8(utf8, wanted, &unencodable);
+    return wanted;
+  }
+  if (isAscii(utf8)) return current;
+  encodeFromUtf8(utf8, current, &unencodable);
+  if (unencodable == 0) return current;
+  std::string best = current;
+  for (const char* page : {"ANSI_936", "ANSI_950", "ANSI_932", "ANSI_949", "ANSI_1252", "ANSI_1250", "ANSI_1251",
+                           "ANSI_1253", "ANSI_1254", "ANSI_1255", "ANSI_1256", "ANSI_1257", "ANSI_1258", "ANSI_874"}) {
+    std::size_t missing = 0;
+    encodeFromUtf8(utf8, page, &missing);
+    if (missing < unencodable) {
+      best = page;
+      unencodable = missing;
+    }
+    if (missing == 0) break;
+  }
+  return best;
 }
 
 }  // namespace host::dxf

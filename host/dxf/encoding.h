@@ -24,7 +24,16 @@ inline bool hasEscapes(std::string_view text) {
 }
 // Encodes UTF-8 text for a file in the named code page; characters the page
 // cannot hold become \U+XXXX escapes.
-std::string encodeFromUtf8(std::string_view utf8, const std::string& dwgCodePage);
+// unencodable, when given, receives how many characters became escapes.
+std::string encodeFromUtf8(std::string_view utf8, const std::string& dwgCodePage, std::size_t* unencodable = nullptr);
+
+// The code page for writing text in a version before R2007: wanted when
+// given, else current when it holds every character, else the first of
+// the usual drawing code pages that does (ANSI_936 for Chinese), else the one
+// that holds most. unencodable receives how many characters the chosen page
+// cannot hold (they are written as escapes).
+std::string chooseCodePage(std::string_view utf8, const std::string& current, const std::string& wanted,
+                           std::size_t& unencodable);
 
 bool isAscii(std::string_view text);
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "host/db/peek.h"
+#include "host/base/safe_write.h"
 #include "host/dxf/codec.h"
 #include "host/dxf/encoding.h"
 
@@ -49,6 +50,8 @@ class Writer {
   Writer(const DxfDrawing& d, const WriteOptions& opt, Diagnostics& diag)
       : m_d(d), m_db(*d.database), m_ctx{*d.database, opt.acadVer.empty() ? d.info.acadVer : opt.acadVer, true, diag},
         m_diag(diag) {
+    m_wantedPage = opt.codePage;
+    m_page = !opt.codePage.empty() ? opt.codePage : d.info.acadVer < "AC1021" ? d.info.codePage : "ANSI_1252";
     m_eol = d.info.lineEnding;
     m_source = m_db.sourceText();
     // Spans are reused only within one family: R12 and R13-or-later differ in form.
@@ -111,6 +114,8 @@ class Writer {
   std::string_view m_source;
   bool m_useSpans = true;
   std::uint64_t m_nextHandle = 1;
+  std::string m_page;        // $DWGCODEPAGE written (files before R2007)
+  std::string m_wantedPage;  // the code page asked for; empty: chosen
 };
 
 namespace {
@@ -238,13 +243,15 @@ void Writer::header() {
       seed = true;
     } else if (var.name == "$CLAYER" && clayer) {
       emit(var.name, {GroupValue::fromString(8, clayer->getName())});
+    } else if (var.name == "$DWGCODEPAGE") {
+      emit(var.name, {GroupValue::fromString(3, m_page)});
+      page = true;
     } else {
-      page = page || var.name == "$DWGCODEPAGE";
       emit(var.name, var.values);
     }
   }
   if (!version) emit("$ACADVER", {GroupValue::fromString(1, m_ctx.acadVer)});
-  if (!page) emit("$DWGCODEPAGE", {GroupValue::fromString(3, m_d.info.codePage)});
+  if (!page) emit("$DWGCODEPAGE", {GroupValue::fromString(3, m_page)});
   if (!seed) emit("$HANDSEED", {GroupValue::fromString(5, AcDbHandle(m_nextHandle).toHex())});
   if (vars.empty()) emit("$INSUNITS", {GroupValue::fromString(70, std::to_string(m_db.insunits()))});
   tag(0, "ENDSEC");
@@ -393,13 +400,26 @@ bool Writer::run(std::string& out) {
   std::string body = std::move(m_out);
   m_out.clear();
   header();
+  if (m_ctx.acadVer < "AC1021") {
+    // Text before R2007 is in one code page: one that holds all of it.
+    std::size_t missing = 0;
+    const std::string page = chooseCodePage(m_out + body, m_page, m_wantedPage, missing);
+    if (page != m_page) {
+      m_page = page;
+      m_out.clear();
+      header();
+    }
+    if (missing > 0)
+      m_diag.warn(std::to_string(missing) + " characters of the text cannot be held in code page " + m_page +
+                  " and are written as \\U+ escapes (choose another with a code page option)");
+  }
   const std::string_view preamble = m_source.substr(0, std::min(m_d.info.preamble.length, m_source.size()));
   out.clear();
   out.reserve(preamble.size() + m_out.size() + body.size());
   out += preamble;
   out += m_out;
   out += body;
-  if (m_ctx.acadVer < "AC1021" && !isAscii(out)) out = encodeFromUtf8(out, m_d.info.codePage);
+  if (m_ctx.acadVer < "AC1021" && !isAscii(out)) out = encodeFromUtf8(out, m_page);
   return true;
 }
 
@@ -424,39 +444,7 @@ bool writeDxfText(const DxfDrawing& drawing, const WriteOptions& options, std::s
 bool writeDxfFile(const std::string& path, const DxfDrawing& drawing, const WriteOptions& options, Diagnostics& diag) {
   std::string text;
   if (!writeDxfText(drawing, options, text, diag)) return false;
-  // Write beside the target, flush to disk, then rename into place: the old
-  // file stays whole until the new one is complete.
-  const std::filesystem::path target(path);
-  const std::filesystem::path dir = target.has_parent_path() ? target.parent_path() : ".";
-  std::string tmpl = (dir / ("." + target.filename().string() + ".XXXXXX")).string();
-  const int fd = mkstemp(tmpl.data());
-  if (fd < 0) {
-    diag.error = path + ": cannot create a file in " + dir.string();
-    return false;
-  }
-  std::size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-    if (n <= 0) {
-      ::close(fd);
-      ::unlink(tmpl.c_str());
-      diag.error = path + ": write failed (disk full?)";
-      return false;
-    }
-    done += static_cast<std::size_t>(n);
-  }
-  fchmod(fd, 0644);
-  if (::fsync(fd) != 0 || ::close(fd) != 0) {
-    ::unlink(tmpl.c_str());
-    diag.error = path + ": could not flush the file to disk";
-    return false;
-  }
-  if (std::rename(tmpl.c_str(), path.c_str()) != 0) {
-    ::unlink(tmpl.c_str());
-    diag.error = path + ": could not move the new file into place";
-    return false;
-  }
-  return true;
+  return writeFileSafely(path, text, diag.error);
 }
 
 }  // namespace host::dxf

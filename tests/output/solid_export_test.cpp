@@ -1,4 +1,6 @@
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <numbers>
 #include <string>
 #include <vector>
@@ -6,6 +8,7 @@
 #include "../engine/engine_fixture.h"
 #include "host/brep/solid.h"
 #include "output/solid_export.h"
+#include "output/units.h"
 
 namespace {
 
@@ -247,3 +250,47 @@ TEST_F(SolidExport, TheAxisComesFromTheLongestLevelEdgeAndOrientationMovesTheSol
 }
 
 }  // namespace
+
+namespace {
+// The product named in a STEP file's PRODUCT entity.
+std::string StepProductName(const std::filesystem::path& path) {
+  std::ifstream in(path);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::size_t at = text.find("PRODUCT('");
+  if (at == std::string::npos) return {};
+  const std::size_t from = at + 9;
+  return text.substr(from, text.find('\'', from) - from);
+}
+}  // namespace
+
+TEST_F(SolidExport, FilesCarryMillimetresScaledFromTheDrawingsUnitsAndTheStepProductIsTheToolNumber) {
+  frameAt(0, "T-7");
+  struct Case {
+    int insunits;
+    double factor;
+  };
+  for (const Case c : {Case{4, 1.0}, Case{1, 25.4}, Case{6, 1000.0}, Case{0, 1.0}}) {
+    OutlineExport request;
+    request.outline = add(Shaft(10, 0));
+    request.formats = {"sat", "step"};
+    request.bDeleteOutline = true;
+    request.millimetresPerUnit = MillimetresPerUnit(c.insunits);
+    std::vector<std::string> messages;
+    const std::filesystem::path sat = m_dir / ("T-7_" + std::to_string(c.insunits) + ".sat");
+    ExportOutline(request, CollectDrawingFrames(), [&](auto&&...) { return sat.string(); }, messages);
+    ASSERT_TRUE(messages.empty()) << c.insunits << ": " << ExportReport(messages);
+    double volume = 0;
+    std::string error;
+    const std::filesystem::path step = std::filesystem::path(sat).replace_extension(".step");
+    ASSERT_TRUE(host::brep::StepVolume(step.string(), volume, error)) << error;
+    const double want = kShaftVolume * c.factor * c.factor * c.factor;
+    EXPECT_NEAR(volume, want, want * 1e-6) << "$INSUNITS " << c.insunits;
+    EXPECT_EQ(StepProductName(step), "T-7");
+  }
+  int code = -1;
+  EXPECT_TRUE(UnitsFromName("inch", code));
+  EXPECT_EQ(code, 1);
+  EXPECT_TRUE(UnitsFromName("M", code));
+  EXPECT_EQ(code, 6);
+  EXPECT_FALSE(UnitsFromName("furlong", code));
+}
