@@ -8,7 +8,11 @@
 #include <QtGui/QPainterPath>
 #include <QtSvg/QSvgGenerator>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cmath>
+#include <string>
 #include <memory>
 #include <numbers>
 
@@ -24,6 +28,15 @@ constexpr double kPi = std::numbers::pi;
 void ensureGuiApplication() {
   if (QCoreApplication::instance()) return;
   qputenv("QT_QPA_PLATFORM", "offscreen");
+  // Without a runtime folder the toolkit warns on standard error; give it
+  // the private one it would fall back to, made as it wants it (mode 0700).
+  if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+    const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
+    ::mkdir(dir.c_str(), 0700);
+    struct stat st {};
+    if (::stat(dir.c_str(), &st) == 0 && st.st_uid == ::getuid() && (st.st_mode & 0777) == 0700)
+      qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(dir));
+  }
   static int argc = 1;
   static char name[] = "envline";
   static char* argv[] = {name, nullptr};

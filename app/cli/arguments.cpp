@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
 
 namespace cli {
 
@@ -25,6 +26,19 @@ bool SplitNumbers(const std::string& text, std::vector<double>& out, std::size_t
     out.push_back(v);
   }
   return out.size() == count;
+}
+
+bool SameFile(const std::string& a, const std::string& b) {
+  namespace fs = std::filesystem;
+  std::error_code ec;
+  if (fs::exists(a, ec) && fs::exists(b, ec)) return fs::equivalent(a, b, ec);
+  return fs::weakly_canonical(a, ec) == fs::weakly_canonical(b, ec);
+}
+
+const std::string* OverwritesInput(const std::string& input, const std::vector<std::string>& outputs) {
+  for (const std::string& out : outputs)
+    if (!out.empty() && SameFile(input, out)) return &out;
+  return nullptr;
 }
 
 }  // namespace cli

@@ -1,6 +1,7 @@
 // envline convert: load a drawing and save it, by default in the version read.
 #include <cstdio>
 
+#include "app/cli/arguments.h"
 #include "app/cli/commands.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/encoding.h"
@@ -20,7 +21,7 @@ const char* kHelp =
     "it holds all the text, else one that does (ANSI_936 for Chinese);\n"
     "--codepage chooses it. Characters the page cannot hold are written as\n"
     "\\U+ escapes, with a warning.\n"
-    "The input file is never changed unless it is also named as the output.\n";
+    "The input file is never changed: -o naming it is refused.\n";
 }
 
 int runConvert(const Args& args) {
@@ -42,6 +43,10 @@ int runConvert(const Args& args) {
   }
   if (in.empty() || out.empty()) {
     std::fprintf(stderr, "envline convert: an input file and -o OUT.dxf are required\n%s", kHelp);
+    return 2;
+  }
+  if (SameFile(in, out)) {
+    std::fprintf(stderr, "envline convert: -o names the input drawing; the input is never overwritten\n");
     return 2;
   }
   if (!version.empty() && !host::dxf::findVersion(version)) {

@@ -104,6 +104,8 @@ int runExport(const Args& args) {
   }
   if (input.empty()) return usage("a drawing file is required");
   if (dir.empty()) return usage("--dir DIR is required");
+  if (!output.empty() && SameFile(input, output))
+    return usage("-o names the input drawing; the input is never overwritten");
   base.formats = formats;
   std::error_code ec;
   std::filesystem::create_directories(dir, ec);

@@ -222,6 +222,10 @@ int parse(const Args& args, Options& o) {
   if (o.allTools && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid || !o.png.empty() || !o.svg.empty()))
     return usage("--all-tools makes no solids or pictures (outline one tool with --tool, or use envline export)");
   if (o.window && o.crossing) return usage("--window and --crossing exclude each other");
+  if (!o.inPlace && SameFile(o.input, o.output))
+    return usage("-o names the input drawing; give --in-place to write into it");
+  if (const std::string* out = OverwritesInput(o.input, {o.png, o.svg, o.sat, o.step, o.stl}))
+    return usage("'" + *out + "' is the input drawing; pictures and solids never overwrite it");
   if (o.inPlace) o.output = o.input;
   return 0;
 }
