@@ -35,10 +35,32 @@ bool SameFile(const std::string& a, const std::string& b) {
   return fs::weakly_canonical(a, ec) == fs::weakly_canonical(b, ec);
 }
 
-const std::string* OverwritesInput(const std::string& input, const std::vector<std::string>& outputs) {
+std::string OverwritesInput(const std::string& input, const std::vector<std::string>& outputs) {
   for (const std::string& out : outputs)
-    if (!out.empty() && SameFile(input, out)) return &out;
-  return nullptr;
+    if (!out.empty() && SameFile(input, out)) return out;
+  return {};
+}
+
+std::size_t DisplayWidth(std::string_view utf8) {
+  std::size_t width = 0;
+  for (std::size_t i = 0; i < utf8.size();) {
+    const unsigned char c = static_cast<unsigned char>(utf8[i]);
+    const std::size_t len = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 1;
+    unsigned cp = len == 1 ? c : c & (0xFF >> (len + 1));
+    for (std::size_t k = 1; k < len && i + k < utf8.size(); ++k) cp = (cp << 6) | (utf8[i + k] & 0x3F);
+    const bool wide = (cp >= 0x1100 && cp <= 0x115F) || (cp >= 0x2E80 && cp <= 0xA4CF) ||
+                      (cp >= 0xAC00 && cp <= 0xD7A3) || (cp >= 0xF900 && cp <= 0xFAFF) ||
+                      (cp >= 0xFE30 && cp <= 0xFE4F) || (cp >= 0xFF00 && cp <= 0xFF60) ||
+                      (cp >= 0xFFE0 && cp <= 0xFFE6) || (cp >= 0x20000 && cp <= 0x3FFFD);
+    width += wide ? 2 : 1;
+    i += len;
+  }
+  return width;
+}
+
+std::string PadToWidth(const std::string& text, std::size_t width) {
+  const std::size_t w = DisplayWidth(text);
+  return text + std::string(w < width ? width - w : 1, ' ');
 }
 
 }  // namespace cli

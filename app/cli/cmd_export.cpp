@@ -38,7 +38,8 @@ const char* kHelp =
     "  -o OUT.dxf            write the drawing afterwards (the input is never changed)\n"
     "\n"
     "Prints 导出成功 when every outline was exported, otherwise the messages.\n"
-    "Exit codes: 0 every outline exported, 3 some were not, 2 bad usage, 1 files.\n";
+    "Exit codes: 0 every outline exported, 3 some were not (or there was none),\n"
+    "2 bad usage, 1 files.\n";
 
 int usage(const std::string& m) {
   std::fprintf(stderr, "envline export: %s\n(run 'envline export --help' for the options)\n", m.c_str());
@@ -181,7 +182,8 @@ int runExport(const Args& args) {
   std::printf("%s\n", ExportReport(messages).c_str());
   if (exported < outlines)
     std::printf("%d of %d outlines exported\n", exported, outlines);
-  return exported == outlines ? 0 : 3;
+  // Nothing exported is no success, also when there was nothing to export.
+  return exported == outlines && exported > 0 ? 0 : 3;
 }
 
 }  // namespace cli

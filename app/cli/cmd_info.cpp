@@ -2,14 +2,17 @@
 // outline (which layers hold dimensions, which linetypes are centre lines,
 // which frames carry tool numbers).
 #include <cstdio>
+#include <algorithm>
 #include <map>
 
+#include "app/cli/arguments.h"
 #include "app/cli/commands.h"
 #include "app/cli/json.h"
 #include "host/db/block_extents.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/tags.h"
+#include "ui/centre_line.h"
 
 namespace cli {
 
@@ -21,7 +24,9 @@ const char* kHelp =
     "by kind and by layer, its blocks, its linetypes (marked dashed or centre\n"
     "where their name or pattern says so) and every block reference that\n"
     "carries a tool number (extended data of TUKANGE_NAME_IDENTITY) with its\n"
-    "box. --json prints the same as one JSON object.\n";
+    "box and the --window option that selects it, and the centre lines found.\n"
+    "--json prints the same as one JSON object (also for an error: status,\n"
+    "message, exit_code).\n";
 
 const char* unitName(int u) {
   static const char* const names[] = {"unitless", "inches", "feet", "miles", "millimetres", "centimetres",
@@ -69,6 +74,13 @@ std::vector<Frame> toolFrames(const AcDbDatabase& db, host::BlockExtents& blocks
   }
   return frames;
 }
+// The window option that selects what lies in a frame's box.
+std::string windowOption(const AcDbExtents& box) {
+  char buf[160];
+  std::snprintf(buf, sizeof buf, "--window %g,%g,%g,%g", box.minPoint().x, box.minPoint().y, box.maxPoint().x,
+                box.maxPoint().y);
+  return buf;
+}
 }  // namespace
 
 int runInfo(const Args& args) {
@@ -94,6 +106,12 @@ int runInfo(const Args& args) {
   host::dxf::Diagnostics diag;
   if (!host::dxf::readDxfFile(path, d, diag)) {
     std::fprintf(stderr, "envline info: %s\n", diag.error.c_str());
+    if (json) {
+      Json j;
+      j.beginObject().key("file").value(path).key("status").value("error").key("message").value(diag.error);
+      j.key("exit_code").value(1).endObject();
+      std::printf("%s\n", j.str().c_str());
+    }
     return 1;
   }
   const AcDbDatabase& db = *d.database;
@@ -133,6 +151,7 @@ int runInfo(const Args& args) {
   }
   lt.close();
   const std::vector<Frame> frames = toolFrames(db, blockBoxes);
+  const CentreLineSearch centreLines = FindCentreLine(host::allEntities(&db));
   const auto* version = host::dxf::findVersion(d.info.acadVer);
   const std::string release = version ? version->release : "unknown";
   const std::string codePage = d.info.acadVer >= "AC1021" ? "UTF-8" : d.info.codePage;
@@ -140,7 +159,8 @@ int runInfo(const Args& args) {
   if (json) {
     Json j;
     j.beginObject();
-    j.key("file").value(path).key("version").value(release).key("acadver").value(d.info.acadVer);
+    j.key("file").value(path).key("status").value("ok").key("exit_code").value(0);
+    j.key("version").value(release).key("acadver").value(d.info.acadVer);
     j.key("binary").value(d.info.binary).key("codepage").value(codePage);
     j.key("units").value(unitName(db.insunits())).key("insunits").value(db.insunits());
     j.key("extents");
@@ -159,6 +179,8 @@ int runInfo(const Args& args) {
     for (const auto& l : linetypes)
       j.beginObject().key("name").value(l.name).key("description").value(l.description).key("kind").value(l.kind)
           .endObject();
+    j.endArray().key("centre_lines").beginArray();
+    for (const auto& c : centreLines.found) j.value(c);
     j.endArray().key("tool_frames").beginArray();
     for (const auto& f : frames) {
       j.beginObject().key("handle").value(f.handle).key("tool_number").value(f.toolNumber).key("box");
@@ -167,6 +189,7 @@ int runInfo(const Args& args) {
             .value(f.box.maxPoint().y).endArray();
       else
         j.beginArray().endArray();
+      if (f.box.isValid()) j.key("window").value(windowOption(f.box));
       j.endObject();
     }
     j.endArray().key("warnings").beginArray();
@@ -183,22 +206,32 @@ int runInfo(const Args& args) {
   if (extents.isValid())
     std::printf("  extents    (%g, %g) - (%g, %g)\n", extents.minPoint().x, extents.minPoint().y, extents.maxPoint().x,
                 extents.maxPoint().y);
+  // Names are padded by the columns they take on a terminal, so that
+  // Chinese names line up with the others.
+  std::size_t w = 14;
+  for (const auto& [k, n] : byLayer) w = std::max(w, DisplayWidth(k) + 1);
+  for (const auto& b : blocks) w = std::max(w, DisplayWidth(b.name) + 1);
+  for (const auto& l : linetypes) w = std::max(w, DisplayWidth(l.name) + 1);
   std::printf("  entities by kind\n");
-  for (const auto& [k, n] : byKind) std::printf("    %-14s %d\n", k.c_str(), n);
+  for (const auto& [k, n] : byKind) std::printf("    %s%d\n", PadToWidth(k, w).c_str(), n);
   std::printf("  entities by layer\n");
-  for (const auto& [k, n] : byLayer) std::printf("    %-14s %d\n", k.c_str(), n);
+  for (const auto& [k, n] : byLayer) std::printf("    %s%d\n", PadToWidth(k, w).c_str(), n);
   std::printf("  blocks\n");
-  for (const auto& b : blocks) std::printf("    %-14s %d entities\n", b.name.c_str(), b.entities);
+  for (const auto& b : blocks) std::printf("    %s%d entities\n", PadToWidth(b.name, w).c_str(), b.entities);
   std::printf("  linetypes\n");
   for (const auto& l : linetypes)
-    std::printf("    %-14s %-10s %s\n", l.name.c_str(), l.kind.c_str(), l.description.c_str());
+    std::printf("    %s%s%s\n", PadToWidth(l.name, w).c_str(), PadToWidth(l.kind, 11).c_str(), l.description.c_str());
+  std::printf("  centre lines\n");
+  if (centreLines.found.empty()) std::printf("    none\n");
+  for (const auto& c : centreLines.found) std::printf("    %s\n", c.c_str());
   std::printf("  tool frames\n");
   if (frames.empty()) std::printf("    none\n");
   for (const auto& f : frames) {
-    std::printf("    %-14s handle %s", f.toolNumber.empty() ? "(no number)" : f.toolNumber.c_str(), f.handle.c_str());
+    std::printf("    %shandle %s", PadToWidth(f.toolNumber.empty() ? "(no number)" : f.toolNumber, w).c_str(),
+                f.handle.c_str());
     if (f.box.isValid())
-      std::printf(", box (%g, %g) - (%g, %g)", f.box.minPoint().x, f.box.minPoint().y, f.box.maxPoint().x,
-                  f.box.maxPoint().y);
+      std::printf(", box (%g, %g) - (%g, %g), %s", f.box.minPoint().x, f.box.minPoint().y, f.box.maxPoint().x,
+                  f.box.maxPoint().y, windowOption(f.box).c_str());
     std::printf("\n");
   }
   for (const auto& w : diag.warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());

@@ -224,8 +224,8 @@ int parse(const Args& args, Options& o) {
   if (o.window && o.crossing) return usage("--window and --crossing exclude each other");
   if (!o.inPlace && SameFile(o.input, o.output))
     return usage("-o names the input drawing; give --in-place to write into it");
-  if (const std::string* out = OverwritesInput(o.input, {o.png, o.svg, o.sat, o.step, o.stl}))
-    return usage("'" + *out + "' is the input drawing; pictures and solids never overwrite it");
+  if (const std::string out = OverwritesInput(o.input, {o.png, o.svg, o.sat, o.step, o.stl}); !out.empty())
+    return usage("'" + out + "' is the input drawing; pictures and solids never overwrite it");
   if (o.inPlace) o.output = o.input;
   return 0;
 }

@@ -120,7 +120,18 @@ int main(int argc, char** argv) {
     std::puts("envline 0.1.0");
     return 0;
   }
-  const cli::Args rest(argv + 2, argv + argc);
+  // Every option also as --opt=value.
+  cli::Args rest;
+  for (int i = 2; i < argc; ++i) {
+    const std::string a = argv[i];
+    const std::size_t eq = a.find('=');
+    if (a.size() > 2 && a.compare(0, 2, "--") == 0 && eq != std::string::npos && eq > 2) {
+      rest.push_back(a.substr(0, eq));
+      rest.push_back(a.substr(eq + 1));
+    } else {
+      rest.push_back(a);
+    }
+  }
   if (command == "smoke") return smoke();
   if (command == "gui") return gui(argc, argv);
   if (command == "convert") return cli::runConvert(rest);

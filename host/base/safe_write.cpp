@@ -40,7 +40,8 @@ mode_t newFileMode() {
 
 }  // namespace
 
-SafeFile::SafeFile(std::string target) : m_target(followLinks(fs::path(target)).string()) {}
+SafeFile::SafeFile(std::string target)
+    : m_target(target == "-" ? target : followLinks(fs::path(target)).string()), m_stdout(target == "-") {}
 
 SafeFile::~SafeFile() {
   if (m_fd >= 0) ::close(m_fd);
@@ -48,8 +49,11 @@ SafeFile::~SafeFile() {
 }
 
 bool SafeFile::open(std::string& error) {
-  const fs::path target(m_target);
-  const fs::path dir = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  const fs::path target(m_stdout ? "envline-stdout" : m_target);
+  std::error_code ec;
+  const fs::path dir = m_stdout                  ? fs::temp_directory_path(ec)
+                       : target.has_parent_path() ? target.parent_path()
+                                                  : fs::path(".");
   removeStrayTemporaries(dir.string());
   std::string tmpl = (dir / ("." + target.filename().string() + std::string(kTempMark) + "XXXXXX")).string();
   m_fd = ::mkstemp(tmpl.data());
@@ -77,6 +81,7 @@ bool SafeFile::write(std::string_view bytes, std::string& error) {
 }
 
 bool SafeFile::commit(std::string& error) {
+  if (m_stdout) return copyToStandardOutput(error);
   // The mode of the file replaced, or a new file's.
   struct stat st {};
   const mode_t mode = ::stat(m_target.c_str(), &st) == 0 ? (st.st_mode & 07777) : newFileMode();
@@ -106,6 +111,31 @@ bool SafeFile::commit(std::string& error) {
     ::close(dfd);
   }
   return true;
+}
+
+bool SafeFile::copyToStandardOutput(std::string& error) {
+  // Read back by name: a writer that wrote the temporary file by name may
+  // have replaced what the descriptor sees.
+  const int in = ::open(m_temp.c_str(), O_RDONLY | O_CLOEXEC);
+  if (in < 0) {
+    error = "standard output: cannot read back what was written (" + reason() + ")";
+    return false;
+  }
+  char buf[1 << 16];
+  bool ok = true;
+  for (ssize_t n; ok && (n = ::read(in, buf, sizeof buf)) != 0;) {
+    if (n < 0 && errno == EINTR) continue;
+    ok = n > 0;
+    for (ssize_t done = 0; ok && done < n;) {
+      const ssize_t w = ::write(STDOUT_FILENO, buf + done, static_cast<std::size_t>(n - done));
+      if (w < 0 && errno == EINTR) continue;
+      ok = w > 0;
+      done += w > 0 ? w : 0;
+    }
+  }
+  if (!ok) error = "standard output: write failed (" + reason() + ")";
+  ::close(in);
+  return ok;
 }
 
 bool writeFileSafely(const std::string& path, std::string_view bytes, std::string& error) {

@@ -6,7 +6,8 @@
 // new file gets 0666 less the umask); a symbolic link at the target is
 // followed, so the file it points to is replaced and the link stays. A
 // failed write removes its temporary file; temporaries left by a write that
-// was killed are removed by the next write into the same folder.
+// was killed are removed by the next write into the same folder. The target
+// "-" is standard output: the bytes go there once they are complete.
 #include <string>
 #include <string_view>
 
@@ -29,9 +30,12 @@ class SafeFile {
   bool commit(std::string& error);
 
  private:
+  bool copyToStandardOutput(std::string& error);
+
   std::string m_target;  // the file finally replaced (symbolic links followed)
   std::string m_temp;
   int m_fd = -1;
+  bool m_stdout = false;  // the target is "-"
   bool m_done = false;
 };
 

@@ -9,6 +9,9 @@
 #include <Message_Messenger.hxx>
 #include <STEPControl_Reader.hxx>
 #include <STEPControl_Writer.hxx>
+#include <StepBasic_Product.hxx>
+#include <StepData_StepModel.hxx>
+#include <TCollection_HAsciiString.hxx>
 #include <BRep_Tool.hxx>
 #include <Poly_Triangulation.hxx>
 #include <TopExp_Explorer.hxx>
@@ -19,6 +22,7 @@
 #include <vector>
 #include <TopoDS_Shape.hxx>
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -61,16 +65,28 @@ bool WriteStep(const AcDb3dSolid& solid, const std::string& path, std::string& e
   // Curves on the surfaces are derived by every reader; leaving them out
   // halves the time of writing.
   Interface_Static::SetIVal("write.surfacecurve.mode", 0);
-  const std::string product = productName.empty() ? std::filesystem::path(path).stem().string() : productName;
-  Interface_Static::SetCVal("write.step.product.name", product.c_str());
+
   if (writer.Transfer(ShapeOf(solid), STEPControl_AsIs) != IFSelect_RetDone) {
     error = "the solid could not be turned into STEP";
     return false;
   }
+  // The product is named here: the translator's own naming numbers the
+  // products of a session ("T-1 2", "T-1 3", ...).
+  const std::string product = productName.empty() ? std::filesystem::path(path).stem().string() : productName;
+  const Handle(StepData_StepModel) model = writer.Model();
+  for (int i = 1; !model.IsNull() && i <= model->NbEntities(); ++i) {
+    const Handle(StepBasic_Product) p = Handle(StepBasic_Product)::DownCast(model->Value(i));
+    if (p.IsNull()) continue;
+    p->SetName(new TCollection_HAsciiString(product.c_str()));
+    p->SetId(new TCollection_HAsciiString(product.c_str()));
+  }
   host::SafeFile file(path);
   if (!file.open(error)) return false;
+  errno = 0;
   if (writer.Write(file.tempPath().c_str()) != IFSelect_RetDone) {
-    error = path + ": cannot write the STEP file";
+    // The translator does not say why; the failed system call does.
+    const int why = errno;
+    error = path + ": cannot write the STEP file" + (why ? " (" + std::string(std::strerror(why)) + ")" : "");
     return false;
   }
   return file.commit(error);

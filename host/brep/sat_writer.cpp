@@ -26,7 +26,13 @@ std::string num(double v) {
 }
 std::string vec(const AcGeVector3d& v) { return num(v.x) + " " + num(v.y) + " " + num(v.z); }
 std::string pnt(const AcGePoint3d& p) { return num(p.x) + " " + num(p.y) + " " + num(p.z); }
-std::string ref(int i) { return "$" + std::to_string(i); }
+std::string ref(int i) {
+  // Formatted in place: "$" + std::to_string(i) trips GCC 12's -Wrestrict
+  // false positive at -O3.
+  char buf[16];
+  std::snprintf(buf, sizeof buf, "$%d", i);
+  return buf;
+}
 
 struct Coedge {
   int index = -1, loop = -1, partner = -1, edge = -1;

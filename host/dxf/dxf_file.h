@@ -65,7 +65,7 @@ struct WriteOptions {
   // $DWGCODEPAGE of a file before R2007 ("ANSI_936"); empty: the drawing's
   // own when it holds all the text, else one that does (with a warning when
   // none holds everything).
-  std::string codePage;
+  std::string codePage = {};
 };
 // Writes the drawing as ASCII DXF: to a temporary file in the target folder,
 // flushed, then renamed into place.

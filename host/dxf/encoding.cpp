@@ -91,7 +91,7 @@ std::string iconvName(std::string_view page) {
   if (p == "ANSI_949") return "CP949";
   if (p == "ANSI_1361") return "JOHAB";
   if (p == "ANSI_874") return "CP874";
-  if (p.rfind("ANSI_125", 0) == 0 && p.size() == 8) return "CP" + p.substr(5);
+  if (p.rfind("ANSI_125", 0) == 0 && p.size() == 9) return "CP" + p.substr(5);
   if (p.rfind("DOS", 0) == 0) return "CP" + p.substr(3);
   if (p == "ISO8859-1" || p == "ISO8859_1") return "ISO-8859-1";
   if (p == "ASCII" || p.empty()) return "CP1252";  // a superset that decodes every byte

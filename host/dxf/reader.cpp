@@ -79,6 +79,8 @@ class Reader {
   bool nextOwnTag(const Tag& first, Tag& t, std::size_t& end);
   [[gnu::noinline, gnu::cold]] bool failInside(const Tag& first);
   [[gnu::noinline, gnu::cold]] bool failNotANumber(const Tag& t);
+  // A number too large for a double ("1e999"): read as 0, with a warning.
+  [[gnu::noinline, gnu::cold]] void warnOutOfRange(const Tag& t);
   // The tags of one object, from its "0" tag to the next; numbers are checked.
   bool collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end);
   bool expectEnd(std::string_view what);
@@ -150,8 +152,18 @@ inline bool Reader::nextOwnTag(const Tag& first, Tag& t, std::size_t& end) {
     end = t.offset;
     return false;
   }
-  if (expectsNumber(t.code) && !looksNumeric(t.value)) return failNotANumber(t);
+  bool longExponent = false;
+  if (expectsNumber(t.code) && !looksNumeric(t.value, &longExponent)) return failNotANumber(t);
+  if (longExponent) warnOutOfRange(t);
   return true;
+}
+
+void Reader::warnOutOfRange(const Tag& t) {
+  double d = 0;
+  long long n = 0;
+  if (parseDouble(t.value, d) || parseInt(t.value, n)) return;
+  m_diag.warn(where(t.line + 1) + ": group code " + std::to_string(t.code) + " value '" + std::string(t.value) +
+              "' is beyond the range of numbers and is read as 0");
 }
 
 bool Reader::failInside(const Tag& first) {

@@ -39,13 +39,20 @@ bool parseCode(std::string_view line, int& code) {
   return true;
 }
 
-bool looksNumeric(std::string_view text) {
+bool looksNumeric(std::string_view text, bool* longExponent) {
   bool digit = false;
+  int exponentDigits = -1;  // -1 before an exponent
   for (char c : text) {
-    if (c >= '0' && c <= '9') digit = true;
-    else if (c != '.' && c != '-' && c != '+' && c != 'e' && c != 'E' && c != ' ' && c != '\t' && c != '\r')
+    if (c >= '0' && c <= '9') {
+      digit = true;
+      exponentDigits += exponentDigits >= 0;
+    } else if (c == 'e' || c == 'E') {
+      exponentDigits = 0;
+    } else if (c != '.' && c != '-' && c != '+' && c != ' ' && c != '\t' && c != '\r') {
       return false;
+    }
   }
+  if (longExponent) *longExponent = exponentDigits >= 3;
   return digit;
 }
 

@@ -48,7 +48,9 @@ bool parseInt(std::string_view text, long long& value);
 double tagDouble(const Tag& t);
 long long tagInt(const Tag& t);
 // A quick check that a value could be a number (digits, sign, point, exponent).
-bool looksNumeric(std::string_view text);
+// longExponent, when given, tells whether an exponent has three or more
+// digits (a value that may lie beyond the range of doubles).
+bool looksNumeric(std::string_view text, bool* longExponent = nullptr);
 
 // Binary files begin with this sentinel.
 bool isBinaryDxf(std::string_view bytes);

@@ -10,6 +10,7 @@ usage: test_export_cli.py BUILD_DIR
 import json
 import math
 import os
+import shutil
 import struct
 import subprocess
 import sys
@@ -136,11 +137,10 @@ def main():
     with_outlines = os.path.join(tmp, "sheet_outlines.dxf")
 
     def prepare_sheet():
-        src = sheet
+        shutil.copy(sheet, with_outlines)
         for _, tool, window, _ in sheet_rows:
-            code, _, err = run("outline", src, "-o", with_outlines, "--window", window, "--centre", "auto")
+            code, _, err = run("outline", with_outlines, "--in-place", "--window", window, "--centre", "auto")
             assert code == 0, f"{tool}: exit {code} {err}"
-            src = with_outlines
         _, found = outlines(with_outlines)
         assert len(found) == 3, f"{len(found)} outlines"
     case("three outlines on the tool sheet", prepare_sheet)
@@ -191,6 +191,7 @@ def main():
 
     def outline_outside_frames():
         doc = ezdxf.new("R2010")
+        doc.units = ezdxf.units.MM  # ezdxf's default is metres
         doc.layers.add("TempEncircleLine")
         doc.modelspace().add_lwpolyline([(0, 0), (0, 5), (20, 5), (20, 0)], close=True,
                                         dxfattribs={"layer": "TempEncircleLine"})

@@ -264,19 +264,21 @@ std::string StepProductName(const std::filesystem::path& path) {
 }  // namespace
 
 TEST_F(SolidExport, FilesCarryMillimetresScaledFromTheDrawingsUnitsAndTheStepProductIsTheToolNumber) {
-  frameAt(0, "T-7");
   struct Case {
     int insunits;
     double factor;
   };
   for (const Case c : {Case{4, 1.0}, Case{1, 25.4}, Case{6, 1000.0}, Case{0, 1.0}}) {
+    // A frame of its own for each drawing unit: tool number T-<units>.
+    const std::string tool = "T-" + std::to_string(c.insunits);
+    frameAt(200 * c.insunits, tool.c_str());
     OutlineExport request;
-    request.outline = add(Shaft(10, 0));
+    request.outline = add(Shaft(200 * c.insunits + 10, 0));
     request.formats = {"sat", "step"};
     request.bDeleteOutline = true;
     request.millimetresPerUnit = MillimetresPerUnit(c.insunits);
     std::vector<std::string> messages;
-    const std::filesystem::path sat = m_dir / ("T-7_" + std::to_string(c.insunits) + ".sat");
+    const std::filesystem::path sat = m_dir / (tool + ".sat");
     ExportOutline(request, CollectDrawingFrames(), [&](auto&&...) { return sat.string(); }, messages);
     ASSERT_TRUE(messages.empty()) << c.insunits << ": " << ExportReport(messages);
     double volume = 0;
@@ -285,7 +287,7 @@ TEST_F(SolidExport, FilesCarryMillimetresScaledFromTheDrawingsUnitsAndTheStepPro
     ASSERT_TRUE(host::brep::StepVolume(step.string(), volume, error)) << error;
     const double want = kShaftVolume * c.factor * c.factor * c.factor;
     EXPECT_NEAR(volume, want, want * 1e-6) << "$INSUNITS " << c.insunits;
-    EXPECT_EQ(StepProductName(step), "T-7");
+    EXPECT_EQ(StepProductName(step), tool);
   }
   int code = -1;
   EXPECT_TRUE(UnitsFromName("inch", code));

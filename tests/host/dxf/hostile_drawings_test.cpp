@@ -257,4 +257,34 @@ TEST(HostileDrawings, AMissingEndsecDoesNotReadTheNextSectionAsEntities) {
   EXPECT_TRUE(only);
 }
 
+TEST(HostileDrawings, NumbersBeyondRangeAndBinaryNanAreReported) {
+  {
+    std::string text = drawing("", line(0, 0, 1, 1));
+    text.replace(text.find(" 11\n1\n"), 6, " 11\n1e999\n");
+    DxfDrawing d;
+    Diagnostics diag;
+    ASSERT_TRUE(read(text, d, diag)) << diag.error;
+    bool warned = false;
+    for (const auto& w : diag.warnings) warned |= w.find("'1e999' is beyond the range") != std::string::npos;
+    EXPECT_TRUE(warned);
+  }
+  {
+    // A binary file (two-byte group codes) whose line has a NaN and an
+    // infinite coordinate.
+    std::string bin("AutoCAD Binary DXF\r\n\x1a\0", 22);
+    auto code = [&](int c) { bin += static_cast<char>(c & 0xFF), bin += static_cast<char>(c >> 8); };
+    auto text = [&](int c, const std::string& v) { code(c), bin += v, bin += '\0'; };
+    auto real = [&](int c, double v) { code(c), bin.append(reinterpret_cast<const char*>(&v), 8); };
+    text(0, "SECTION"), text(2, "ENTITIES"), text(0, "LINE"), text(8, "0");
+    real(10, std::nan("")), real(20, 0), real(30, 0), real(11, HUGE_VAL), real(21, 1), real(31, 0);
+    text(0, "ENDSEC"), text(0, "EOF");
+    DxfDrawing d;
+    Diagnostics diag;
+    ASSERT_TRUE(read(bin, d, diag)) << diag.error;
+    bool warned = false;
+    for (const auto& w : diag.warnings) warned |= w.find("2 real values are not a finite number") != std::string::npos;
+    EXPECT_TRUE(warned);
+  }
+}
+
 }  // namespace
