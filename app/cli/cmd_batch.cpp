@@ -165,6 +165,8 @@ int Parse(const Args& args, Options& o) {
   if (!o.output.empty() && o.inPlace) return Usage("-o and --in-place exclude each other");
   if (Changes(o) && o.output.empty() && !o.inPlace)
     return Usage("'" + o.sub + "' changes the drawing: give -o OUT.dxf or --in-place");
+  if (!o.inPlace && !o.output.empty() && SameFile(o.input, o.output))
+    return Usage("-o names the input drawing; give --in-place to write into it");
   if (o.inPlace) o.output = o.input;
   const std::size_t n = o.positional.size();
   const bool oneTask = o.sub == "new-task" || o.sub == "add-tool" || o.sub == "add-frames" || o.sub == "params" ||
@@ -179,6 +181,8 @@ int Parse(const Args& args, Options& o) {
   }
   if (o.sub == "export" && o.dir.empty()) return Usage("export needs --dir DIR");
   if (!o.report.empty() && o.sub != "run" && o.sub != "export") return Usage("--report goes with run or export");
+  if (!o.report.empty() && SameFile(o.input, o.report))
+    return Usage("'" + o.report + "' is the input drawing; a report never overwrites it");
   o.exportOptions.folder = o.dir;
   return 0;
 }
