@@ -137,8 +137,18 @@ TEST(DxfWriter, CharactersBeyondTheCodePageAreWrittenAsUpperCaseEscapes) {
   ASSERT_EQ(host::findLayer(d.database.get(), "尺寸线", layer, true), Acad::eOk);
   std::string out;
   Diagnostics diag;
-  ASSERT_TRUE(host::dxf::writeDxfText(d, {"R2000"}, out, diag)) << diag.error;
+  // Asked for a code page without Chinese: escapes, and a warning.
+  host::dxf::WriteOptions latin{"R2000", "ANSI_1252"};
+  ASSERT_TRUE(host::dxf::writeDxfText(d, latin, out, diag)) << diag.error;
   EXPECT_NE(out.find("\\U+5C3A\\U+5BF8\\U+7EBF"), std::string::npos);
+  ASSERT_EQ(diag.warnings.size(), 1u);
+  EXPECT_NE(diag.warnings[0].find("ANSI_1252"), std::string::npos);
+  // Left to choose, the writer takes a code page that holds the name.
+  diag.warnings.clear();
+  ASSERT_TRUE(host::dxf::writeDxfText(d, {"R2000"}, out, diag)) << diag.error;
+  EXPECT_EQ(out.find("\\U+"), std::string::npos);
+  EXPECT_NE(out.find("ANSI_936"), std::string::npos);
+  EXPECT_TRUE(diag.warnings.empty());
 }
 
 // Values an xrecord or a dictionary no longer holds stay out of the file

@@ -21,12 +21,15 @@ from cli_cases import Cases  # noqa: E402
 
 def make(version, path):
     doc = ezdxf.new(version)
-    doc.layers.add("刀具" if version != "R12" else "TOOL", color=3)
+    # A Chinese layer name where the file holds UTF-8 (R2007 on); before
+    # that ezdxf writes it as \U+ escapes in ANSI_1252, which is no binary matter.
+    layer = "刀具" if version >= "R2007" else "TOOL"
+    doc.layers.add(layer, color=3)
     if version != "R12":
         doc.layers.get("0").dxf.plot = 0  # a boolean (290) in binary: one byte
         doc.appids.add("ENVLINE_TEST")
     msp = doc.modelspace()
-    msp.add_line((0, 0), (10, 0), dxfattribs={"layer": "刀具" if version != "R12" else "TOOL"})
+    msp.add_line((0, 0), (10, 0), dxfattribs={"layer": layer})
     msp.add_arc((5, 0), 2, 0, 180)
     msp.add_circle((20, 0), 1.5)
     msp.add_text("T-1001", dxfattribs={"insert": (0, 5), "height": 2.5})
