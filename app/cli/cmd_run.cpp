@@ -2,7 +2,6 @@
 // opens the drawings and runs a script of commands and answers.
 
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 
 #include "app/cli/commands.h"
@@ -30,22 +29,8 @@ const char* kRunUsage =
     "  ESC                     cancels the prompt\n"
     "Prompts and messages go to standard output. The exit status is 1 when a\n"
     "command is unknown or fails or the script ends inside a prompt.\n"
-    "Nothing is written unless the script saves.\n";
-
-// The module: ENVLINE_MODULE, else beside this program, else where the
-// build put it.
-std::string modulePath() {
-  if (const char* env = std::getenv("ENVLINE_MODULE"); env && *env) return env;
-  std::error_code ec;
-  const auto self = std::filesystem::read_symlink("/proc/self/exe", ec);
-  if (!ec) {
-    for (const char* rel : {"libenvline_module.so", "../lib/libenvline_module.so"}) {
-      const auto candidate = self.parent_path() / rel;
-      if (std::filesystem::exists(candidate, ec)) return candidate.string();
-    }
-  }
-  return ENVLINE_MODULE_PATH;
-}
+    "Nothing is written unless the script saves; CLOSE of a modified drawing\n"
+    "asks whether to save it (Y or N; ESC keeps it open).\n";
 
 }  // namespace
 
@@ -64,7 +49,7 @@ int runScript(const Args& args) {
     std::fputs(text.c_str(), stdout);
     std::fflush(stdout);
   });
-  const std::string module = modulePath();
+  const std::string module = host::ed::findModule("ENVLINE_MODULE", "libenvline_module.so", ENVLINE_MODULE_PATH);
   if (!acrxDynamicLinkerPtr()->loadModule(module, error)) {
     std::fprintf(stderr, "envline run: the module did not load: %s\n", error.c_str());
     return 2;

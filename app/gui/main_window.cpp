@@ -66,6 +66,20 @@ struct MainWindow::Tab {
   std::unique_ptr<DatabaseWatch> watch;
 };
 
+// Tabs follow the host's documents however they are opened and closed.
+class MainWindow::DocumentWatch : public AcApDocManagerReactor {
+ public:
+  explicit DocumentWatch(MainWindow& window) : m_window(window) {}
+  void documentCreated(AcApDocument* doc) override { m_window.AddTab(doc); }
+  void documentToBeDestroyed(AcApDocument* doc) override { m_window.RemoveTab(doc); }
+  void documentActivated(AcApDocument* doc) override {
+    if (Tab* tab = m_window.TabOf(doc)) m_window.m_tabs->setCurrentWidget(tab->view);
+  }
+
+ private:
+  MainWindow& m_window;
+};
+
 MainWindow::MainWindow() {
   setWindowTitle("envline");
   resize(1400, 900);
@@ -96,6 +110,8 @@ MainWindow::MainWindow() {
   host::ed::setUserServices(m_services.get());
   host::ed::setDialogService(m_dialogs.get());
   host::ed::addViewObserver(this);
+  m_documents = std::make_unique<DocumentWatch>(*this);
+  acDocManagerPtr()->addReactor(m_documents.get());
   host::ed::setMessageSink([this](const std::string& text) { m_commandLine->Print(QString::fromStdString(text)); });
 
   connect(m_commandLine, &CommandLineWidget::Entered, this, [this](const QString& text) {
@@ -108,6 +124,7 @@ MainWindow::MainWindow() {
 }
 
 MainWindow::~MainWindow() {
+  acDocManagerPtr()->removeReactor(m_documents.get());
   host::ed::removeViewObserver(this);
   host::ed::setMessageSink({});
   host::ed::commandLine().setInput(nullptr);
@@ -191,7 +208,13 @@ bool MainWindow::OpenDrawing(const QString& path) {
     QMessageBox::warning(this, "打开图纸", QString("无法打开 %1:\n%2").arg(path, QString::fromStdString(error)));
     return false;
   }
-  AcApDocument* doc = acDocManagerPtr()->curDocument();
+  AddRecent(path);
+  return true;
+}
+
+void MainWindow::AddTab(AcApDocument* doc) {
+  if (TabOf(doc)) return;
+  const QString path = QString::fromStdString(doc->fileName());
   auto tab = std::make_unique<Tab>();
   tab->doc = doc;
   tab->view = new DrawingView(m_tabs);
@@ -205,11 +228,20 @@ bool MainWindow::OpenDrawing(const QString& path) {
   view->SetDrawing(doc->database());
   const int index = m_tabs->addTab(view, QFileInfo(path).fileName());
   m_tabs->setTabToolTip(index, path);
-  m_tabs->setCurrentIndex(index);
-  AddRecent(path);
+  if (acDocManagerPtr()->curDocument() == doc) m_tabs->setCurrentIndex(index);
   m_commandLine->Print(QString("已打开 %1 (%2 个对象)\n").arg(path).arg(view->Scene().EntityCount()));
   UpdateTitle();
-  return true;
+}
+
+void MainWindow::RemoveTab(AcApDocument* doc) {
+  const auto it = std::find_if(m_tabList.begin(), m_tabList.end(), [doc](const auto& t) { return t->doc == doc; });
+  if (it == m_tabList.end()) return;
+  DrawingView* view = (*it)->view;
+  doc->database()->removeReactor((*it)->watch.get());
+  m_tabList.erase(it);
+  m_tabs->removeTab(m_tabs->indexOf(view));
+  view->deleteLater();
+  UpdateTitle();
 }
 
 bool MainWindow::SaveDrawing(const QString& path) {
@@ -236,24 +268,20 @@ bool MainWindow::SaveDrawing(const QString& path) {
 bool MainWindow::CloseDrawing(int index) {
   AcApDocument* doc = DocumentOf(index);
   if (!doc) return false;
-  if (doc->isModified()) {
-    m_tabs->setCurrentIndex(index);
-    const auto answer = QMessageBox::question(
-        this, "关闭图纸", QString("%1 已修改。是否保存修改?").arg(QString::fromStdString(doc->fileName())),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
-    if (answer == QMessageBox::Cancel) return false;
-    if (answer == QMessageBox::Save && !SaveDrawing()) return false;
+  if (m_input->Waiting()) {
+    m_commandLine->Print("** 须等当前命令结束 **\n");
+    return false;
   }
-  auto it = std::find_if(m_tabList.begin(), m_tabList.end(), [doc](const auto& t) { return t->doc == doc; });
-  QWidget* page = m_tabs->widget(index);
-  m_tabs->removeTab(index);
-  doc->database()->removeReactor((*it)->watch.get());
-  m_tabList.erase(it);
-  acDocManagerPtr()->closeDocument(doc);
-  page->deleteLater();
-  if (m_tabs->currentIndex() >= 0) TabActivated(m_tabs->currentIndex());
+  m_tabs->setCurrentIndex(index);
+  std::string error;
+  if (host::ed::closeDrawing(doc, error)) return true;
+  if (!error.empty()) {
+    m_commandLine->Print(QString::fromStdString(error) + "\n");
+    QMessageBox::warning(this, "保存图纸", QString("无法保存 %1:\n%2").arg(QString::fromStdString(doc->fileName()),
+                                                                       QString::fromStdString(error)));
+  }
   UpdateTitle();
-  return true;
+  return false;
 }
 
 void MainWindow::RunCommand(const QString& name) {

@@ -3,7 +3,10 @@
 // drawing, the command line at the bottom, menus and a toolbar for the
 // host's file commands and the module's commands, and a status bar with
 // the cursor's coordinates and the drawing's units. It installs itself as
-// the host's input source, user services, dialog service and display.
+// the host's input source, user services, dialog service and display, and
+// follows the host's documents: a drawing opened or closed in any way (the
+// menu, a tab, OPEN or CLOSE typed) gains or loses its tab, and the tab of
+// the activated drawing is shown.
 #include <QtWidgets/QMainWindow>
 
 #include <memory>
@@ -37,8 +40,8 @@ class MainWindow : public QMainWindow, public host::ed::ViewObserver {
   // with the reason shown, when it cannot be written: the drawing stays
   // open and modified.
   bool SaveDrawing(const QString& path = QString());
-  // Closes a tab, asking first when its drawing is modified; false when
-  // the user kept it.
+  // Closes a tab, asking first when its drawing is modified (as CLOSE
+  // does); false when the user kept it or the save failed.
   bool CloseDrawing(int tab);
   // Runs a command as if typed (nothing while another waits for input).
   void RunCommand(const QString& name);
@@ -60,7 +63,10 @@ class MainWindow : public QMainWindow, public host::ed::ViewObserver {
 
  private:
   class DatabaseWatch;
+  class DocumentWatch;
   struct Tab;
+  void AddTab(AcApDocument* doc);
+  void RemoveTab(AcApDocument* doc);
   void BuildMenus();
   void AddRecent(const QString& path);
   void FillRecent();
@@ -79,6 +85,7 @@ class MainWindow : public QMainWindow, public host::ed::ViewObserver {
   std::unique_ptr<QtUserServices> m_services;
   std::unique_ptr<QtDialogService> m_dialogs;
   std::vector<std::unique_ptr<Tab>> m_tabList;
+  std::unique_ptr<DocumentWatch> m_documents;
 };
 
 }  // namespace gui

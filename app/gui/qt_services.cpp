@@ -55,6 +55,14 @@ std::string QtUserServices::chooseFolder(const std::string& title) {
       .toStdString();
 }
 
+MessageBoxAnswer QtUserServices::saveChanges(const std::string& drawing) {
+  const auto answer = QMessageBox::question(m_parent, "关闭图纸",
+                                            QString("%1 已修改。是否保存修改?").arg(QString::fromStdString(drawing)),
+                                            QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                                            QMessageBox::Save);
+  return answer == QMessageBox::Save ? kIdYes : answer == QMessageBox::Discard ? kIdNo : kIdCancel;
+}
+
 std::unique_ptr<DialogWindow> QtDialogService::createWindow(ModelessDialog& dialog, int resourceId) {
   const auto found = m_factories.find(resourceId);
   if (found == m_factories.end()) return nullptr;

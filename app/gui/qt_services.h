@@ -20,6 +20,8 @@ class QtUserServices : public host::ed::UserServices {
                                         host::ed::MessageBoxType type) override;
   std::string saveFileName(const host::ed::SaveFileRequest& request) override;
   std::string chooseFolder(const std::string& title) override;
+  // A question with the buttons Save, Discard and Cancel.
+  host::ed::MessageBoxAnswer saveChanges(const std::string& drawing) override;
 
  private:
   QPointer<QWidget> m_parent;

@@ -107,10 +107,13 @@ Acad::ErrorStatus AcApDocManager::setCurDocument(AcApDocument* doc) {
 
 Acad::ErrorStatus AcApDocManager::activateDocument(AcApDocument* doc) {
   const std::vector<AcApDocManagerReactor*> reactors = m_reactors;
+  // The document becomes current (its database the working database) before
+  // its window is activated, so that what documentToBeActivated reads (a
+  // dialog reloading from the working drawing) is already the new drawing's.
+  setCurDocument(doc);
   if (doc) {
     for (AcApDocManagerReactor* r : reactors) r->documentToBeActivated(doc);
   }
-  setCurDocument(doc);
   if (doc) {
     for (AcApDocManagerReactor* r : reactors) r->documentActivated(doc);
   }

@@ -103,8 +103,8 @@ class AcApDocManager {
   Acad::ErrorStatus closeDocument(AcApDocument* doc);
   // Makes a document current (its database the working database).
   Acad::ErrorStatus setCurDocument(AcApDocument* doc);
-  // As setCurDocument, telling the reactors (documentToBeActivated and
-  // documentActivated).
+  // As setCurDocument, telling the reactors: documentToBeActivated (the
+  // document is already current) and documentActivated.
   Acad::ErrorStatus activateDocument(AcApDocument* doc);
   const std::vector<std::unique_ptr<AcApDocument>>& documents() const { return m_docs; }
   int documentCount() const { return static_cast<int>(m_docs.size()); }

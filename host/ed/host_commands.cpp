@@ -13,6 +13,7 @@
 #include "host/ed/editor.h"
 #include "host/ed/editor_input.h"
 #include "host/ed/messages.h"
+#include "host/ed/services.h"
 
 namespace host::ed {
 namespace {
@@ -74,9 +75,10 @@ void cmdSaveAs() {
 void cmdClose() {
   AcApDocument* doc = currentOrFail();
   if (!doc) return;
-  // Unsaved changes are dropped: a drawing is only written when asked.
-  if (doc->isModified()) acutPrintf("Changes to %s were not saved.\n", doc->fileName().c_str());
-  acDocManagerPtr()->closeDocument(doc);
+  std::string error;
+  if (closeDrawing(doc, error)) return;
+  if (error.empty()) return commandLine().cancelCommand();
+  fail(error);
 }
 
 void cmdExplode() {
@@ -312,6 +314,16 @@ int removeConstraints(AcDbDatabase* db, const AcDbObjectIdArray& entities, bool 
   int n = 0;
   for (const AcDbObjectId id : doomed) n += host::eraseObject(id) == Acad::eOk;
   return n;
+}
+
+bool closeDrawing(AcApDocument* doc, std::string& error) {
+  if (doc->isModified()) {
+    const MessageBoxAnswer answer = userServices().saveChanges(doc->fileName());
+    if (answer == kIdCancel) return false;
+    if (answer == kIdYes && !saveDocument(doc, doc->fileName(), error)) return false;
+  }
+  acDocManagerPtr()->closeDocument(doc);
+  return true;
 }
 
 void registerHostCommands(AcEdCommandStack& stack) {

@@ -1,6 +1,6 @@
 #pragma once
 // The host's own commands (group kHostCommandGroup): OPEN, SAVE (QSAVE),
-// SAVEAS, CLOSE, EXPLODE, ERASE, DELCONSTRAINT, ZOOM (E, W), LAYER (ON,
+// SAVEAS, CLOSE (asking to save a modified drawing), EXPLODE, ERASE, DELCONSTRAINT, ZOOM (E, W), LAYER (ON,
 // OFF), LAYON and LAYOFF; and the drawing operations behind them.
 #include <string>
 
@@ -20,6 +20,12 @@ bool openDrawing(const std::string& path, std::string& error);
 // before and saveComplete after a successful write; the document is then
 // unmodified.
 bool saveDocument(AcApDocument* doc, const std::string& path, std::string& error);
+
+// Closes a document. A modified one asks first (UserServices::saveChanges):
+// Yes saves it to its file, and a save that fails keeps it open and
+// modified with the reason in error; No drops the changes; Cancel keeps it.
+// True when it was closed.
+bool closeDrawing(AcApDocument* doc, std::string& error);
 
 // Geometric-constraint objects (constraint groups and the dependencies that
 // tie entities to them): all of the drawing's when all, else those tied to

@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 
 #include "host/ed/command_stack.h"
 #include "host/ed/editor.h"
@@ -109,4 +111,15 @@ std::vector<std::string> AcRxDynamicLinker::loadedModules() const {
   std::vector<std::string> out;
   for (const Module* m : m_modules) out.push_back(m->path);
   return out;
+}
+
+std::string host::ed::findModule(const char* envVariable, const char* fileName, const std::string& builtPath) {
+  if (const char* env = std::getenv(envVariable); env && *env) return env;
+  std::error_code ec;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", ec);
+  if (!ec) {
+    for (const auto& candidate : {self.parent_path() / fileName, self.parent_path() / "../lib" / fileName})
+      if (std::filesystem::exists(candidate, ec)) return candidate.string();
+  }
+  return builtPath;
 }

@@ -66,3 +66,11 @@ class AcRxDynamicLinker : public AcRxObject {
 
 AcRxDynamicLinker* acrxDynamicLinkerPtr();
 #define acrxDynamicLinker acrxDynamicLinkerPtr()
+
+namespace host::ed {
+// Where a front end finds a module's library: the file named by the
+// environment variable envVariable when it is set, else fileName beside the
+// running program or in ../lib from it, else builtPath (where the build put
+// it).
+std::string findModule(const char* envVariable, const char* fileName, const std::string& builtPath);
+}  // namespace host::ed

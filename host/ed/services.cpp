@@ -1,8 +1,21 @@
 #include "host/ed/services.h"
 
+#include "host/base/strings.h"
+#include "host/ed/editor_input.h"
 #include "host/ed/messages.h"
 
 namespace host::ed {
+
+MessageBoxAnswer UserServices::saveChanges(const std::string& drawing) {
+  for (;;) {
+    std::string answer;
+    if (getString("Save changes to " + drawing + "? [Yes/No]: ", answer) != RTNORM) return kIdCancel;
+    answer = host::foldCase(answer);
+    if (answer == "Y" || answer == "YES") return kIdYes;
+    if (answer == "N" || answer == "NO") return kIdNo;
+    acutPrintf("Yes or No, please.\n");
+  }
+}
 
 MessageBoxAnswer QueuedAnswers::messageBox(const std::string& text, const std::string& caption,
                                            MessageBoxType type) {

@@ -32,6 +32,11 @@ class UserServices {
   virtual std::string saveFileName(const SaveFileRequest& request) = 0;
   // The chosen folder; empty when cancelled.
   virtual std::string chooseFolder(const std::string& title) = 0;
+  // Whether to save the modified drawing before it is closed: kIdYes,
+  // kIdNo or kIdCancel. This asks on the command line ("Save changes to
+  // NAME? [Yes/No]: ", asked again until Yes or No, Esc cancels), so a
+  // script answers it as it answers any prompt.
+  virtual MessageBoxAnswer saveChanges(const std::string& drawing);
 };
 
 // The headless answerer: answers in the order queued, then the defaults

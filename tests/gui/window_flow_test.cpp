@@ -16,19 +16,26 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QRadioButton>
+#include <QtWidgets/QTabWidget>
+#include <QtWidgets/QTableView>
 
 #include <functional>
 
 #include "app/gui/command_line_widget.h"
 #include "app/gui/main_window.h"
-#include "app/gui/module_link.h"
+#include "app/gui/module_host.h"
 #include "app/gui/view/drawing_view.h"
 #include "app/gui/window_input.h"
 #include "host/db/operations.h"
 #include "host/ed/command_line.h"
 #include "host/ed/document.h"
 #include "host/ed/host_commands.h"
+#include "host/ed/command_stack.h"
+#include "host/ed/rx_app.h"
+#include "shell/knife_diagram_factory.h"
+#include "ui/bulk_gen_encircle_line_dlg.h"
 #include "ui/encircle_line_cal_dlg.h"
+#include "ui/qt/dialog_views.h"
 #include "util/entity_utils.h"
 
 namespace {
@@ -116,7 +123,11 @@ class WindowFlowTest : public QObject {
  private Q_SLOTS:
   void initTestCase() {
     m_window = std::make_unique<gui::MainWindow>();
-    gui::LinkModule(*m_window);
+    std::string error;
+    QVERIFY2(gui::LoadModule(*m_window, gui::ModulePath(), error), error.c_str());
+    // The module started through its entry point: its commands are its own.
+    QCOMPARE(acrxDynamicLinkerPtr()->loadedModules().size(), std::size_t(1));
+    QCOMPARE(acedRegCmdsPtr()->commandsOfGroup("VKEncircleLine").size(), std::size_t(3));
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
   }
@@ -322,6 +333,59 @@ class WindowFlowTest : public QObject {
     QVERIFY2(discard.Run([&] { closed = m_window->CloseDrawing(0); }), qPrintable(discard.Failed()));
     QVERIFY(closed);
     QCOMPARE(m_window->TabCount(), 0);
+  }
+
+  void typedOpenAndCloseGainAndLoseTabsAndCloseAsksToSave() {
+    Script open;
+    open.Add([&] { return m_window->Input()->Waiting(); },
+             [&] { m_window->Input()->Answer(host::ed::InputReply::ofText((kSamples + "step_drill.dxf").toStdString())); },
+             "the file name");
+    QVERIFY2(open.Run([&] { m_window->RunCommand("OPEN"); }), qPrintable(open.Failed()));
+    QCOMPARE(m_window->TabCount(), 1);
+    QCOMPARE(m_window->DocumentOf(0), acDocManagerPtr()->curDocument());
+    Script erase;
+    erase.Add([&] { return m_window->Input()->Waiting(); }, [&] { m_window->Input()->Answer(host::ed::InputReply::ofText("A")); },
+              "select all");
+    erase.Add([&] { return m_window->Input()->Waiting(); }, [&] { m_window->Input()->Answer(host::ed::InputReply::enter()); },
+              "Enter");
+    QVERIFY2(erase.Run([&] { m_window->RunCommand("ERASE"); }), qPrintable(erase.Failed()));
+    QVERIFY(m_window->DocumentOf(0)->isModified());
+    for (const auto button : {QMessageBox::Cancel, QMessageBox::Discard}) {
+      Script close;
+      close.Add([] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; },
+                [button] { qobject_cast<QMessageBox*>(QApplication::activeModalWidget())->button(button)->click(); },
+                "the question");
+      QVERIFY2(close.Run([&] { m_window->RunCommand("CLOSE"); }), qPrintable(close.Failed()));
+      QCOMPARE(m_window->TabCount(), button == QMessageBox::Cancel ? 1 : 0);
+    }
+    QCOMPARE(acDocManagerPtr()->documentCount(), 0);
+  }
+
+  void theBatchDialogFollowsTheActiveDrawing() {
+    QVERIFY(m_window->OpenDrawing(kSamples + "tool_sheet.dxf"));
+    CBatchTaskInfo task;
+    task.m_strName = "铣刀任务";
+    CKnifeDiagramFactory::Instance().GetTaskStore(acDocManagerPtr()->curDocument()->database())->push_back(task);
+    QVERIFY(m_window->OpenDrawing(kSamples + "step_drill.dxf"));
+    m_window->RunCommand("VKTOOLDESIGNProfilesAuto3D");
+    ui::qt::BatchDialogView* batch = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets())
+      if (auto* v = dynamic_cast<ui::qt::BatchDialogView*>(w); v && v->isVisible()) batch = v;
+    QVERIFY(batch);
+    QCOMPARE(batch->windowTitle(), QString("批量生成包络线"));
+    auto* tabs = m_window->findChild<QTabWidget*>();
+    QCOMPARE(batch->TaskGrid()->model()->rowCount(), 0);  // step_drill has no tasks
+    shot("7-batch-step-drill");
+    tabs->setCurrentIndex(0);
+    QCOMPARE(batch->TaskGrid()->model()->rowCount(), 1);
+    QCOMPARE(batch->TaskGrid()->model()->index(0, 1).data().toString(), QString("铣刀任务"));
+    QCOMPARE(batch->TaskGrid()->model()->index(0, 2).data().toString(), QString("未开始"));
+    shot("8-batch-tool-sheet");
+    tabs->setCurrentIndex(1);
+    QCOMPARE(batch->TaskGrid()->model()->rowCount(), 0);
+    CBulkGenEncircleLineDlg::ModulePointer()->destroyWindow();
+    QTRY_COMPARE(CBulkGenEncircleLineDlg::ModulePointer(), nullptr);
+    while (m_window->TabCount() > 0) QVERIFY(m_window->CloseDrawing(0));
   }
 
   void cleanupTestCase() {

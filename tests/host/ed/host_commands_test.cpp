@@ -68,6 +68,26 @@ TEST(HostCommands, AScriptOpensExplodesSwitchesLayersZoomsAndSavesAsANewFile) {
   EXPECT_TRUE(layer->isOff());
 }
 
+TEST(HostCommands, CloseAsksBeforeDroppingChangesAndEscKeepsTheDrawing) {
+  const std::string sample = std::string(ENVLINE_SOURCE_DIR) + "/samples/step_drill.dxf";
+  Saves saves;
+  acedEditor->addReactor(&saves);
+  // Enter and an unknown answer ask again; Esc keeps the drawing; No drops
+  // the changes without writing anything.
+  TextInput script({"OPEN", sample, "ERASE", "A", "", "CLOSE", "", "maybe", "ESC", "ZOOM", "E", "CLOSE", "n"}, "t.scr");
+  commandLine().setInput(&script);
+  host::ed::takeMessages();
+  commandLine().runInput();
+  const std::string printed = host::ed::takeMessages();
+  EXPECT_TRUE(acDocManager->documents().empty()) << printed;
+  EXPECT_NE(printed.find("Save changes to " + sample + "? [Yes/No]"), std::string::npos) << printed;
+  EXPECT_NE(printed.find("Yes or No, please."), std::string::npos) << printed;
+  EXPECT_EQ(script.lineNumber(), 13);  // ZOOM ran on the drawing that Esc kept
+  EXPECT_TRUE(saves.events.empty());
+  acedEditor->removeReactor(&saves);
+  commandLine().setInput(nullptr);
+}
+
 TEST(HostCommands, FailuresAreReportedAndZoomFollowsTheWindow) {
   acDocManager->openDocument(std::make_unique<AcDbDatabase>(), "z.dxf");
   TextInput script({"ZOOM", "W", "0,0", "100,50", "OPEN", "/nonexistent/x.dxf"}, "t.scr");
