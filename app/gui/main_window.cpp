@@ -17,6 +17,7 @@
 
 #include "app/gui/command_line_widget.h"
 #include "app/gui/view/drawing_view.h"
+#include "app/gui/view/layouts.h"
 #include "app/gui/window_input.h"
 #include "host/db/operations.h"
 #include "host/ed/command_line.h"
@@ -160,13 +161,21 @@ void MainWindow::BuildMenus() {
     if (DrawingView* v = CurrentView()) v->ZoomExtents();
   });
   extents->setShortcut(QKeySequence("Ctrl+E"));
-  view->addAction("模型空间", this, [this] {
-    if (DrawingView* v = CurrentView(); v && v->Scene().Database())
-      v->SetDrawing(v->Scene().Database(), v->Scene().Database()->modelSpaceId());
-  });
-  view->addAction("图纸空间", this, [this] {
-    if (DrawingView* v = CurrentView(); v && v->Scene().Database())
-      v->SetDrawing(v->Scene().Database(), v->Scene().Database()->paperSpaceId());
+  // Model space and every paper space of the drawing, the one shown checked.
+  QMenu* layouts = view->addMenu("布局");
+  connect(layouts, &QMenu::aboutToShow, this, [this, layouts] {
+    layouts->clear();
+    DrawingView* v = CurrentView();
+    if (!v || !v->Scene().Database()) return;
+    const AcDbDatabase* db = v->Scene().Database();
+    const AcDbObjectId shown = v->Scene().Space().isNull() ? db->modelSpaceId() : v->Scene().Space();
+    for (const LayoutEntry& layout : DrawingLayouts(db)) {
+      QAction* a = layouts->addAction(layout.name, this, [this, db, block = layout.block] {
+        if (DrawingView* cur = CurrentView(); cur && cur->Scene().Database() == db) cur->SetDrawing(db, block);
+      });
+      a->setCheckable(true);
+      a->setChecked(layout.block == shown);
+    }
   });
 
   QMenu* tools = menuBar()->addMenu("刀具(&T)");

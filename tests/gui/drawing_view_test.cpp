@@ -7,8 +7,13 @@
 
 #include "app/gui/view/aci_colours.h"
 #include "app/gui/view/drawing_view.h"
+#include "app/gui/view/layouts.h"
 #include "app/gui/view/text_codes.h"
 #include "host/db/operations.h"
+#include "host/dxf/dxf_file.h"
+
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
 
 using gui::DrawingView;
 
@@ -205,6 +210,38 @@ class DrawingViewTest : public QObject {
     QCOMPARE(view.Scene().EntityCount(), std::size_t(1));
     QCOMPARE(view.Scene().Pick({5, 0}, 0.1), AcDbObjectId::kNull);
     QCOMPARE(view.Scene().Pick({5, 5}, 0.1), b);
+  }
+
+  void everyLayoutIsReachableByItsNameInTabOrder() {
+    // ezdxf writes the layouts: their names and tab order live in the
+    // layout objects, not in the block records.
+    QTemporaryDir dir;
+    const QString path = dir.filePath("layouts.dxf");
+    const QString script = QString(
+        "import ezdxf, sys\n"
+        "doc = ezdxf.new('R2010')\n"
+        "doc.modelspace().add_line((0, 0), (1, 1))\n"
+        "doc.layouts.rename('Layout1', 'Sheet A')\n"
+        "b = doc.layouts.new('Sheet B')\n"
+        "b.add_line((0, 0), (5, 0)); b.add_circle((0, 0), 2)\n"
+        "doc.layouts.get('Sheet A').add_line((0, 0), (0, 5))\n"
+        "doc.saveas(sys.argv[1])\n");
+    if (QProcess::execute("/usr/bin/python3", {"-c", script, path}) != 0) QSKIP("python3-ezdxf is not installed");
+    host::dxf::DxfDrawing drawing;
+    host::dxf::Diagnostics diag;
+    QVERIFY2(host::dxf::readDxfFile(path.toStdString(), drawing, diag), diag.error.c_str());
+    const AcDbDatabase* db = drawing.database.get();
+    const auto layouts = gui::DrawingLayouts(db);
+    QCOMPARE(layouts.size(), std::size_t(3));
+    QCOMPARE(layouts[0].name, QString("模型"));
+    QCOMPARE(layouts[0].block, db->modelSpaceId());
+    QCOMPARE(layouts[1].name, QString("Sheet A"));
+    QCOMPARE(layouts[2].name, QString("Sheet B"));
+    gui::DrawingScene scene;
+    scene.Build(db, layouts[2].block);
+    QCOMPARE(scene.EntityCount(), std::size_t(2));
+    scene.Build(db, layouts[1].block);
+    QCOMPARE(scene.EntityCount(), std::size_t(1));
   }
 
   void theWheelZoomsAboutTheCursorAndExtentsShowEverything() {
