@@ -131,6 +131,39 @@ class DrawingViewTest : public QObject {
     QCOMPARE(runs, 10);
   }
 
+  void hatchPatternLinesKeepTheirDashesAndShiftFromLineToLine() {
+    AcDbDatabase db;
+    auto* hatch = new AcDbHatch;
+    hatch->setPattern("DASHES", false);
+    hatch->setColorIndex(1);
+    hatch->appendLoop({0, {{{0, 0}, 0}, {{60, 0}, 0}, {{60, 20}, 0}, {{0, 20}, 0}}});
+    // One family: horizontal lines 5 apart, each shifted 3 along from the
+    // one below, dash 4 gap 2.
+    for (const auto& [code, value] : std::vector<std::pair<short, double>>{
+             {53, 0}, {43, 0}, {44, 0}, {45, 3}, {46, 5}, {49, 4}, {49, -2}})
+      hatch->extras().unmodelled.push_back(GroupValue::fromReal(code, value));
+    add(db, hatch);
+    DrawingView view;
+    view.resize(640, 240);
+    view.SetDrawing(&db);
+    const QImage image = view.grab().toImage();
+    auto runsAlong = [&](double y) {
+      const QPointF a = view.ToScreen({0.3, y}), b = view.ToScreen({59.7, y});
+      int runs = 0;
+      bool was = false;
+      const int row = static_cast<int>(std::lround(a.y()));
+      for (int x = static_cast<int>(a.x()); x <= static_cast<int>(b.x()); ++x) {
+        bool red = false;
+        for (int y = row - 1; y <= row + 1; ++y) red = red || (image.pixel(x, y) & 0xFFFFFF) == 0xFF0000;
+        runs += red && !was;
+        was = red;
+      }
+      return runs;
+    };
+    QCOMPARE(runsAlong(10), 10);  // dashes from 6 on: [6,10] ... [54,58] and [0,4]
+    QCOMPARE(runsAlong(5), 11);   // shifted by 3: [0,1], [3,7] ... [57,60]
+  }
+
   void blocksAttributesTextsAndHatchesAreDrawnAndPickedAsOne() {
     AcDbDatabase db;
     AcDbObjectId blockId;

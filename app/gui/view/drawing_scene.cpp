@@ -466,6 +466,8 @@ class DrawingScene::Builder {
 
   void Hatch(const AcDbHatch& hatch, QRgb colour, const Context& ctx) {
     const AcGeMatrix3d toWorld = ctx.xform * AcGeMatrix3d::planeToWorld(hatch.normal());
+    auto world = [&](const QPointF& p) { return P(apply(toWorld, AcGePoint3d(p.x(), p.y(), hatch.elevation()))); };
+    // The loops in the hatch's own plane, where its pattern is defined.
     std::vector<std::vector<QPointF>> loops;
     for (const auto& loop : hatch.loops()) {
       std::vector<QPointF> pts;
@@ -473,62 +475,75 @@ class DrawingScene::Builder {
       for (std::size_t i = 0; i < v.size(); ++i) {
         const auto& a = v[i];
         const auto& b = v[(i + 1) % v.size()];
-        pts.push_back(P(apply(toWorld, AcGePoint3d(a.point.x, a.point.y, hatch.elevation()))));
+        pts.emplace_back(a.point.x, a.point.y);
         AcGePoint2d c;
         double r = 0, s = 0, e = 0;
         if (a.bulge != 0 && host::arcFromBulge(a.point, b.point, a.bulge, c, r, s, e)) {
           const double sweep = 4 * std::atan(a.bulge), start = std::atan2(a.point.y - c.y, a.point.x - c.x);
           for (int k = 1; k < 32; ++k) {
             const double t = start + sweep * k / 32;
-            pts.push_back(P(apply(toWorld, AcGePoint3d(c.x + r * std::cos(t), c.y + r * std::sin(t), hatch.elevation()))));
+            pts.emplace_back(c.x + r * std::cos(t), c.y + r * std::sin(t));
           }
         }
       }
       if (pts.size() >= 3) loops.push_back(std::move(pts));
     }
     if (hatch.isSolidFill()) {
-      for (const auto& loop : loops) Emit(loop, colour, true);
+      for (auto& loop : loops) {
+        for (QPointF& p : loop) p = world(p);
+        Emit(loop, colour, true);
+      }
       return;
     }
-    PatternLines(hatch, loops, colour);
+    PatternLines(hatch, loops, [&](const QPointF& a, const QPointF& b) { Emit({world(a), world(b)}, colour, false); });
   }
 
-  // Pattern lines clipped to the loops (even-odd): the hatch's own line
-  // families when the drawing gives them, otherwise 45° lines.
-  void PatternLines(const AcDbHatch& hatch, const std::vector<std::vector<QPointF>>& loops, QRgb colour) {
-    struct Family {
-      double angle = kPi / 4, bx = 0, by = 0, ox = 0, oy = 3.175;
-    };
-    std::vector<Family> families;
+  // A hatch pattern line family: its angle, a point it passes through, the
+  // offset from one line to the next (across and along the lines), and its
+  // dashes (positive a dash, negative a gap, zero a dot; none: continuous).
+  struct PatternFamily {
+    double angle = kPi / 4, bx = 0, by = 0, ox = 0, oy = 3.175;
+    std::vector<double> dashes;
+  };
+
+  // Pattern lines clipped to the loops (even-odd), with their dashes: the
+  // hatch's own line families when the drawing gives them (already scaled
+  // and turned), otherwise 45° lines. Line k of a family starts its dashes
+  // at base + k * offset.
+  template <class EmitSegment>
+  void PatternLines(const AcDbHatch& hatch, const std::vector<std::vector<QPointF>>& loops, EmitSegment emit) {
+    std::vector<PatternFamily> families;
     double scale = 1;
     if (const AcDbObjectExtras* extras = hatch.extrasIfAny()) {
       for (const GroupValue& g : extras->unmodelled) {
         if (g.code == 41) scale = g.real[0] > 0 ? g.real[0] : 1;
-        if (g.code == 53) families.push_back({g.real[0] * kPi / 180, 0, 0, 0, 0});
+        if (g.code == 53) families.push_back({g.real[0] * kPi / 180, 0, 0, 0, 0, {}});
         if (families.empty()) continue;
         if (g.code == 43) families.back().bx = g.real[0];
         if (g.code == 44) families.back().by = g.real[0];
         if (g.code == 45) families.back().ox = g.real[0];
         if (g.code == 46) families.back().oy = g.real[0];
+        if (g.code == 49) families.back().dashes.push_back(g.real[0]);
       }
     }
-    if (families.empty()) families.push_back({kPi / 4, 0, 0, 0, 3.175 * scale});
+    if (families.empty()) families.push_back({kPi / 4, 0, 0, 0, 3.175 * scale, {}});
     QRectF box;
     for (const auto& loop : loops) box |= QPolygonF(QList<QPointF>(loop.begin(), loop.end())).boundingRect();
-    for (const Family& f : families) {
+    for (const PatternFamily& f : families) {
       const double dx = std::cos(f.angle), dy = std::sin(f.angle), nx = -dy, ny = dx;
-      const double spacing = std::fabs(f.ox * nx + f.oy * ny);
-      if (!(spacing > 0) || box.isEmpty()) continue;
+      const double across = f.ox * nx + f.oy * ny, along = f.ox * dx + f.oy * dy;
+      if (!(std::fabs(across) > 0) || box.isEmpty()) continue;
       double lo = 1e300, hi = -1e300;
       for (const QPointF& c : {box.topLeft(), box.topRight(), box.bottomLeft(), box.bottomRight()}) {
-        const double d = (c.x() - f.bx) * nx + (c.y() - f.by) * ny;
+        const double d = ((c.x() - f.bx) * nx + (c.y() - f.by) * ny) / across;
         lo = std::min(lo, d), hi = std::max(hi, d);
       }
-      const long first = static_cast<long>(std::ceil(lo / spacing)), last = static_cast<long>(std::floor(hi / spacing));
+      const long first = static_cast<long>(std::ceil(lo)), last = static_cast<long>(std::floor(hi));
       if (last - first > 2000) continue;  // too dense to be seen as lines
+      double period = 0;
+      for (double d : f.dashes) period += std::fabs(d);
       for (long k = first; k <= last; ++k) {
-        const double d = k * spacing;
-        const QPointF origin(f.bx + nx * d, f.by + ny * d);
+        const QPointF origin(f.bx + nx * across * k + dx * along * k, f.by + ny * across * k + dy * along * k);
         std::vector<double> ts;
         for (const auto& loop : loops)
           for (std::size_t i = 0; i < loop.size(); ++i) {
@@ -541,10 +556,25 @@ class DrawingScene::Builder {
             ts.push_back((x.x() - origin.x()) * dx + (x.y() - origin.y()) * dy);
           }
         std::sort(ts.begin(), ts.end());
-        for (std::size_t i = 0; i + 1 < ts.size(); i += 2)
-          Emit({QPointF(origin.x() + dx * ts[i], origin.y() + dy * ts[i]),
-                QPointF(origin.x() + dx * ts[i + 1], origin.y() + dy * ts[i + 1])},
-               colour, false);
+        auto at = [&](double t) { return QPointF(origin.x() + dx * t, origin.y() + dy * t); };
+        for (std::size_t i = 0; i + 1 < ts.size(); i += 2) {
+          const double t0 = ts[i], t1 = ts[i + 1];
+          // Continuous, or dashes too fine to tell apart: one line.
+          if (!(period > 0) || (t1 - t0) / period > 1000) {
+            emit(at(t0), at(t1));
+            continue;
+          }
+          // Dashes repeat from the line's origin; walk the periods that
+          // meet [t0, t1].
+          for (double p = std::floor(t0 / period) * period; p < t1; p += period) {
+            double u = p;
+            for (double d : f.dashes) {
+              const double next = u + std::fabs(d);
+              if (d >= 0 && next >= t0 && u <= t1) emit(at(std::max(u, t0)), at(std::min(next, t1)));
+              u = next;
+            }
+          }
+        }
       }
     }
   }
