@@ -49,9 +49,9 @@ const char* kHelp =
     "  --gap G                   robust: pieces closer than G meet (default: 0.0004 of the\n"
     "                            part's size, 0.04 mm on a 100 mm tool)\n"
     "  --chord-tol T             robust: ellipses and splines as chords within T (0.001)\n"
-    "options (the exact method's dialog settings from --keep-dashed to --break-length)\n"
     "  --side upper|lower        calculation side, 上半边 or 下半边 (default upper)\n"
-    "  --driver slabs|hatch      exact: slab cutting (default) or the\n"
+    "exact method only (with --method exact; given without it they are a usage error)\n"
+    "  --driver slabs|hatch      slab cutting (default) or the\n"
     "                            boundary of the region between a frame and the tool\n"
     "  --keep-dashed             do not leave out dashed and centre lines\n"
     "  --vertical-ends           close the outline with vertical ends\n"
@@ -60,6 +60,7 @@ const char* kHelp =
     "  --fine-tol T              horizontal/vertical tolerance (1e-6)\n"
     "  --arc-step S              chord length for arcs and splines (0.3)\n"
     "  --break-length L          left/right recognition length (5)\n"
+    "output\n"
     "  --png FILE, --svg FILE    a picture of the drawing with the outline over it\n"
     "  --json                    a machine-readable result on standard output\n"
     "  --in-place                write the result into DRAWING.dxf itself\n"
@@ -97,6 +98,7 @@ struct Options {
   double gap = 0, chordTol = 0.001;            // robust tolerances (gap 0: from the part)
   std::string tool;                            // --tool
   bool allTools = false;
+  std::string exactOnly;                       // the first option given that only the exact method reads
 };
 
 int usage(const std::string& message) {
@@ -110,6 +112,9 @@ int parse(const Args& args, Options& o) {
   for (std::size_t i = 0; i < args.size(); ++i) {
     const std::string& a = args[i];
     std::vector<double> v;
+    for (const char* option : {"--driver", "--keep-dashed", "--vertical-ends", "--point-tol", "--line-tol", "--fine-tol",
+                               "--arc-step", "--break-length"})
+      if (a == option && o.exactOnly.empty()) o.exactOnly = a;
     if (a == "-h" || a == "--help") {
       std::fputs(kHelp, stdout);
       return -1;
@@ -214,6 +219,9 @@ int parse(const Args& args, Options& o) {
   if (!o.output.empty() && o.inPlace) return usage("-o and --in-place exclude each other");
   if (!o.centre && !o.autoCentre && !o.axis) return usage("--centre X,Y, --centre auto or --axis X1,Y1,X2,Y2 is required");
   if ((o.centre || o.autoCentre) && o.axis) return usage("--centre and --axis exclude each other");
+  if (!o.exact && !o.exactOnly.empty())
+    return usage(o.exactOnly + " is a setting of the exact method, which the robust method (the default) does not read; "
+                 "add --method exact to use it");
   if (o.exact && o.axis && (*o.axis)[1] != (*o.axis)[3])
     return usage("the exact method needs a horizontal axis (use --centre X,Y, or --method robust)");
   const bool selected = o.window || o.crossing || !o.handles.empty();

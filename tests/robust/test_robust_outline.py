@@ -216,6 +216,15 @@ def main():
             assert ok, json.dumps(rep)[:1500]
     cases("a gap wider than the tolerance is refused, and joined with --gap", wide_gap)
 
+    def exact_settings_refused():
+        # The exact method's settings mean nothing to the robust method: given
+        # without --method exact they are a usage error, not silently ignored.
+        em = next(c for c in generated if c["name"] == "end_mill_lines")
+        for option in (["--driver", "hatch"], ["--driver=slabs"], ["--keep-dashed"], ["--point-tol", "0.01"]):
+            code, _, err = run(envline, em["dxf"], "-o", os.path.join(tmp, "x.dxf"), *em["args"], *option)
+            assert code == 2 and option[0].split("=")[0] in err and "--method exact" in err, (option, code, err)
+    cases("the exact method's settings without --method exact are refused", exact_settings_refused)
+
     def exact_checked():
         # The exact method keeps its own result, and every outline it makes
         # passes the same checks or is refused with the reason.
