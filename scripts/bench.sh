@@ -21,3 +21,6 @@ echo "== outline methods (slabs against hatch)"
 /usr/bin/python3 bench/hatch_vs_slabs.py build
 echo "== robust and exact outline side by side"
 /usr/bin/python3 bench/robust_outline_bench.py build
+echo "== the robust core against GEOS and CGAL"
+cmake --build build --target robust_core_bench
+/usr/bin/python3 bench/robust_core_bench.py build

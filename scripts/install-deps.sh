@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  libocct-data-exchange-dev libtbb-dev libgeos-dev
+  libocct-data-exchange-dev libtbb-dev libgeos-dev libcgal-dev
   python3-ezdxf python3-openpyxl
   libxlsxwriter-dev
   qt6-base-dev qt6-svg-dev fonts-wqy-microhei
