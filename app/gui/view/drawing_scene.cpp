@@ -775,11 +775,16 @@ void DrawingScene::Paint(QPainter& painter, const QTransform& transform, const Q
       }
       auto& l = lines[st.colour];
       QPointF prev = toScreen.map(m_points[st.first]);
+      const qsizetype before = l.size();
       for (std::uint32_t k = stride; k < st.count + stride - 1; k += stride) {
         const QPointF next = toScreen.map(m_points[st.first + std::min(k, st.count - 1)]);
+        // A step that stays within the pixel adds nothing to see: the next
+        // one starts from the same place.
+        if (std::fabs(next.x() - prev.x()) < 1 && std::fabs(next.y() - prev.y()) < 1) continue;
         l.push_back(QLineF(prev, next));
         prev = next;
       }
+      if (l.size() == before) l.push_back(QLineF(prev, prev));  // all of it within a pixel: a dot
     }
   }
   painter.setBrush(Qt::NoBrush);
