@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # Runs the desktop window's end-to-end flow on a virtual screen (Xvfb) and
 # keeps a picture of each step in DIR (default out/screenshots): the sample
-# opened, the dialog, the selection prompt, the outline, the save dialog and
-# the export message. Needs a build (bash scripts/build.sh).
+# opened, the dialog, the selection prompt, the outline, the save dialog,
+# the export message, and the batch dialog over a drawing without tasks and
+# over the sample sheet after running its task. Needs a build (bash
+# scripts/build.sh).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 out="${1:-out/screenshots}"

@@ -28,6 +28,7 @@
 #include "app/gui/window_input.h"
 #include "host/db/operations.h"
 #include "host/ed/command_line.h"
+#include "host/ed/editor_input.h"
 #include "host/ed/document.h"
 #include "host/ed/host_commands.h"
 #include "host/ed/command_stack.h"
@@ -89,6 +90,13 @@ void shot(const QString& name) {
   if (QScreen* screen = QGuiApplication::primaryScreen()) screen->grabWindow(0).save(dir + "/" + name + ".png");
 }
 
+// Moves a dialog to the window's lower right corner, as a user drags it off
+// the drawing, for the pictures.
+void aside(QWidget* dialog, QWidget* window) {
+  const QRect w = window->geometry();
+  dialog->move(w.right() - dialog->width() - 10, w.bottom() - dialog->height() - 150);
+}
+
 template <class T>
 T* child(const char* name) {
   for (QWidget* w : QApplication::topLevelWidgets())
@@ -128,6 +136,9 @@ class WindowFlowTest : public QObject {
     // The module started through its entry point: its commands are its own.
     QCOMPARE(acrxDynamicLinkerPtr()->loadedModules().size(), std::size_t(1));
     QCOMPARE(acedRegCmdsPtr()->commandsOfGroup("VKEncircleLine").size(), std::size_t(3));
+    // The pictures show the whole screen: the window fills it.
+    if (!qEnvironmentVariableIsEmpty("ENVLINE_SCREENSHOTS"))
+      m_window->setGeometry(QGuiApplication::primaryScreen()->availableGeometry());
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
   }
@@ -223,6 +234,7 @@ class WindowFlowTest : public QObject {
     m_outline = vertices(dialog->m_idOutline);
     QVERIFY(m_outline.size() >= 4);
     QVERIFY(m_window->CommandLine()->History().contains("请选择中心点"));
+    aside(dialogWindow(), m_window.get());
     shot("4-outline");
   }
 
@@ -362,10 +374,26 @@ class WindowFlowTest : public QObject {
   }
 
   void theBatchDialogFollowsTheActiveDrawing() {
+    if (CEncircleLineCalDlg* d = CEncircleLineCalDlg::ModulePointer()) d->destroyWindow();
     QVERIFY(m_window->OpenDrawing(kSamples + "tool_sheet.dxf"));
+    m_window->CurrentView()->ZoomWindow(QRectF(-20, -200, 560, 260));
+    // A task with the sheet's three tools, as "新增刀具" leaves them.
     CBatchTaskInfo task;
     task.m_strName = "铣刀任务";
-    CKnifeDiagramFactory::Instance().GetTaskStore(acDocManagerPtr()->curDocument()->database())->push_back(task);
+    const struct {
+      const char* name;
+      AcGePoint3d a, b, centre;
+    } tools[] = {{"T-1001", {-8, -13, 0}, {118, 21, 0}, {50, 0, 0}},
+                 {"T-1003", {192, -14, 0}, {318, 22, 0}, {250, 0, 0}},
+                 {"T-1004", {392, -13, 0}, {508, 21, 0}, {445, 0, 0}}};
+    for (const auto& t : tools) {
+      CBatchToolInfo tool;
+      tool.m_strName = t.name;
+      tool.m_ptCenter = t.centre;
+      tool.m_arrEntityIds = host::ed::selectWindow(db(), t.a, t.b);
+      task.m_vecTools.push_back(tool);
+    }
+    CKnifeDiagramFactory::Instance().GetTaskStore(db())->push_back(task);
     QVERIFY(m_window->OpenDrawing(kSamples + "step_drill.dxf"));
     m_window->RunCommand("VKTOOLDESIGNProfilesAuto3D");
     ui::qt::BatchDialogView* batch = nullptr;
@@ -380,12 +408,40 @@ class WindowFlowTest : public QObject {
     QCOMPARE(batch->TaskGrid()->model()->rowCount(), 1);
     QCOMPARE(batch->TaskGrid()->model()->index(0, 1).data().toString(), QString("铣刀任务"));
     QCOMPARE(batch->TaskGrid()->model()->index(0, 2).data().toString(), QString("未开始"));
+    // Run the task from the dialog: every tool computed, the end reported.
+    batch->TaskGrid()->selectRow(0);
+    QCOMPARE(batch->ToolGrid()->model()->rowCount(), 3);
+    Script run;
+    QString ended;
+    run.Add([] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; },
+            [&] {
+              auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+              ended = box->text();
+              box->accept();
+            },
+            "the end of the run");
+    QVERIFY2(run.Run([&] { batch->ButtonById(1019)->click(); }), qPrintable(run.Failed()));
+    QCOMPARE(ended, QString("执行任务结束"));
+    for (int r = 0; r < 3; ++r) QCOMPARE(batch->ToolGrid()->model()->index(r, 2).data().toString(), QString("已完成"));
+    QCOMPARE(util::SelectAllOnLayer("TempEncircleLine").length(), 3);
+    batch->ToolGrid()->selectRow(1);
+    batch->ButtonById(1034)->click();  // "高亮包络线"
+    aside(batch, m_window.get());
+    QTest::qWait(50);
     shot("8-batch-tool-sheet");
     tabs->setCurrentIndex(1);
     QCOMPARE(batch->TaskGrid()->model()->rowCount(), 0);
     CBulkGenEncircleLineDlg::ModulePointer()->destroyWindow();
     QTRY_COMPARE(CBulkGenEncircleLineDlg::ModulePointer(), nullptr);
-    while (m_window->TabCount() > 0) QVERIFY(m_window->CloseDrawing(0));
+    while (m_window->TabCount() > 0) {
+      Script close;  // the computed drawing is modified: its changes are dropped
+      close.Add([] { return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr; },
+                [] { qobject_cast<QMessageBox*>(QApplication::activeModalWidget())->button(QMessageBox::Discard)->click(); },
+                "the question");
+      bool modified = m_window->DocumentOf(0)->isModified();
+      if (modified) QVERIFY2(close.Run([&] { m_window->CloseDrawing(0); }), qPrintable(close.Failed()));
+      else QVERIFY(m_window->CloseDrawing(0));
+    }
   }
 
   void cleanupTestCase() {
