@@ -9,7 +9,7 @@ packages=(
   libocct-data-exchange-dev libtbb-dev libgeos-dev libcgal-dev
   python3-ezdxf python3-openpyxl
   libxlsxwriter-dev
-  qt6-base-dev qt6-svg-dev fonts-wqy-microhei
+  qt6-base-dev qt6-svg-dev fonts-wqy-microhei qt6-translations-l10n xvfb xauth
 )
 
 missing=()

@@ -6,6 +6,7 @@
 
 #include "app/gui/main_window.h"
 #include "app/gui/module_host.h"
+#include "app/gui/qt_services.h"
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -14,6 +15,7 @@ int main(int argc, char** argv) {
   QFont font("WenQuanYi Micro Hei");
   font.setPointSize(10);
   QApplication::setFont(font);
+  gui::InstallQtTranslations();
   gui::MainWindow window;
   std::string error;
   if (!gui::LoadModule(window, gui::ModulePath(), error)) {

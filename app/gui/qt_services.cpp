@@ -1,5 +1,8 @@
 #include "app/gui/qt_services.h"
 
+#include <QtCore/QCoreApplication>
+#include <QtCore/QLibraryInfo>
+#include <QtCore/QTranslator>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 
@@ -23,6 +26,14 @@ MessageBoxAnswer QtUserServices::messageBox(const std::string& text, const std::
     case QMessageBox::No: return kIdNo;
     default: return kIdCancel;
   }
+}
+
+void InstallQtTranslations() {
+  auto* translator = new QTranslator(QCoreApplication::instance());
+  if (translator->load("qtbase_zh_CN", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    QCoreApplication::installTranslator(translator);
+  else
+    delete translator;
 }
 
 QString QtFilter(const std::string& filter) {

@@ -27,6 +27,11 @@ class QtUserServices : public host::ed::UserServices {
   QPointer<QWidget> m_parent;
 };
 
+// Qt's own texts (the buttons and labels of file dialogs and message boxes)
+// in Chinese, as the rest of the window; nothing when Qt's translations are
+// not installed.
+void InstallQtTranslations();
+
 // "X Files (*.x)|*.x|All Files (*.*)|*.*||" as a Qt filter list
 // ("X Files (*.x);;All Files (*)").
 QString QtFilter(const std::string& filter);

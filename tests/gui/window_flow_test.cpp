@@ -24,6 +24,7 @@
 #include "app/gui/command_line_widget.h"
 #include "app/gui/main_window.h"
 #include "app/gui/module_host.h"
+#include "app/gui/qt_services.h"
 #include "app/gui/view/drawing_view.h"
 #include "app/gui/window_input.h"
 #include "host/db/operations.h"
@@ -130,6 +131,7 @@ class WindowFlowTest : public QObject {
 
  private Q_SLOTS:
   void initTestCase() {
+    gui::InstallQtTranslations();
     m_window = std::make_unique<gui::MainWindow>();
     std::string error;
     QVERIFY2(gui::LoadModule(*m_window, gui::ModulePath(), error), error.c_str());
