@@ -131,6 +131,25 @@ class DrawingViewTest : public QObject {
     QCOMPARE(runs, 10);
   }
 
+  void multiLineTextWrapsAtItsWidth() {
+    AcDbDatabase db;
+    for (const char* contents : {"a long paragraph of words that will not fit on one line of the box",
+                                 "刀具的包络线由轮廓计算得到并写回图纸中作为闭合的多段线"}) {
+      auto* m = new AcDbMText;
+      m->setLocation({0, 0, 0});
+      m->setTextHeight(2.5);
+      m->setWidth(30);
+      m->setContents(contents);
+      add(db, m);
+    }
+    DrawingView view;
+    view.resize(400, 400);
+    view.SetDrawing(&db);
+    const QRectF box = view.Scene().Extents();
+    QVERIFY2(box.width() <= 31, qPrintable(QString::number(box.width())));
+    QVERIFY(box.height() > 4 * 2.5);  // several lines each
+  }
+
   void hatchPatternLinesKeepTheirDashesAndShiftFromLineToLine() {
     AcDbDatabase db;
     auto* hatch = new AcDbHatch;

@@ -446,9 +446,31 @@ class DrawingScene::Builder {
     AddText(std::move(t), colour);
   }
 
+  // Lines longer than the text's reference width broken at the last space
+  // that fits (or, with none, as late as fits: Chinese has no spaces), as
+  // the drafting host lays them out; measured in the font the view paints with.
+  static std::vector<QString> Wrapped(const std::vector<std::string>& lines, double width, double height) {
+    std::vector<QString> out;
+    static const QFontMetricsF metrics(textFont());
+    const double scale = height / metrics.capHeight();
+    for (const std::string& line : lines) {
+      QString rest = QString::fromStdString(line);
+      while (width > 0 && rest.size() > 1 && metrics.horizontalAdvance(rest) * scale > width) {
+        qsizetype fit = 1;
+        while (fit < rest.size() && metrics.horizontalAdvance(rest.left(fit + 1)) * scale <= width) ++fit;
+        const qsizetype space = rest.lastIndexOf(' ', fit);
+        const qsizetype cut = space > 0 ? space : fit;
+        out.push_back(rest.left(cut));
+        rest = rest.mid(cut).trimmed();
+      }
+      out.push_back(rest);
+    }
+    return out;
+  }
+
   void MText(const AcDbMText& m, QRgb colour, const Context& ctx) {
-    const std::vector<std::string> lines = PlainMTextLines(m.contents());
     const double h = m.textHeight() > 0 ? m.textHeight() : 2.5, gap = h * 5 / 3;
+    const std::vector<QString> lines = Wrapped(PlainMTextLines(m.contents()), m.width(), h);
     const int a = std::clamp(m.attachment(), 1, 9), row = (a - 1) / 3, col = (a - 1) % 3;
     const double block = h + gap * static_cast<double>(lines.size() - 1);
     const double top = row == 0 ? 0 : row == 1 ? block / 2 : block;
@@ -458,7 +480,7 @@ class DrawingScene::Builder {
       const double dy = top - h - gap * static_cast<double>(i);  // baseline, below the location when top-attached
       const AcGePoint3d at = m.location() + AcGeVector3d(-s * dy, c * dy, 0);
       TextItem t = Placed(at, h, rotation, ctx);
-      t.text = QString::fromStdString(lines[i]);
+      t.text = lines[i];
       t.hAlign = col;
       AddText(std::move(t), colour);
     }
@@ -627,7 +649,11 @@ void DrawingScene::Add(AcDbObjectId id) {
   }
   for (std::uint32_t i = e.firstText; i < e.firstText + e.textCount; ++i) {
     const TextItem& t = m_texts[i];
-    const double w = t.height * t.widthFactor * 0.9 * t.text.size(), h = t.height;
+    // As wide as it is painted (widths per text kept: sheets repeat their texts).
+    static const QFontMetricsF metrics(textFont());
+    auto known = m_textAdvance.constFind(t.text);
+    if (known == m_textAdvance.cend()) known = m_textAdvance.insert(t.text, metrics.horizontalAdvance(t.text) / metrics.capHeight());
+    const double w = *known * t.height * t.widthFactor, h = t.height;
     const double c = std::cos(t.rotation), s = std::sin(t.rotation);
     for (const QPointF& d : {QPointF(0, 0), QPointF(w, 0), QPointF(0, h), QPointF(w, h)}) {
       const double ox = t.hAlign == 1 ? -w / 2 : t.hAlign == 2 ? -w : 0;

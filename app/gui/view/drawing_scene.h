@@ -5,6 +5,7 @@
 // dimensions and hatches are drawn through what they are made of. A grid
 // of tiles finds what lies in a view, so painting and picking touch only
 // what is on screen. Entities changed in the database are rebuilt one by one.
+#include <QtCore/QHash>
 #include <QtCore/QRectF>
 #include <QtGui/QColor>
 #include <QtGui/QPolygonF>
@@ -95,6 +96,7 @@ class DrawingScene {
   std::vector<Stroke> m_strokes;
   std::vector<TextItem> m_texts;
   std::vector<QRgb> m_textColours;
+  QHash<QString, double> m_textAdvance;  // width of a text per unit of height
   std::vector<Entity> m_entities;
   std::unordered_map<AcDbObjectId, std::uint32_t> m_byId;  // → entity index
   std::size_t m_live = 0;
