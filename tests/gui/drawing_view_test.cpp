@@ -62,6 +62,7 @@ class DrawingViewTest : public QObject {
     QCOMPARE(lines.size(), std::size_t(2));
     QCOMPARE(QString::fromStdString(lines[0]), QString("刀具"));
     QCOMPARE(QString::fromStdString(lines[1]), QString("ØØ8 1/2"));
+    QCOMPARE(QString::fromStdString(gui::PlainMTextLines("\\A1;75\\S0^ -0.05;")[0]), QString("75 0/-0.05"));
     QCOMPARE(gui::AciToRgb(1), 0xFF0000u);
     QCOMPARE(gui::AciToRgb(5), 0x0000FFu);
     QCOMPARE(gui::AciToRgb(10), 0xFF0000u);  // first hue, full shade

@@ -66,8 +66,11 @@ std::vector<std::string> PlainMTextLines(const std::string& contents) {
       case 'S': {  // stacked: up to ';', with '^', '/' or '#' between the parts
         const std::size_t end = contents.find(';', i);
         std::string stack = contents.substr(i + 1, end == std::string::npos ? std::string::npos : end - i - 1);
+        // Shown inline after a space ("75 0/-0.05", not "750/ -0.05").
+        std::erase(stack, ' ');
         for (char& s : stack)
           if (s == '^' || s == '#') s = '/';
+        if (!lines.back().empty() && lines.back().back() != ' ') lines.back() += ' ';
         lines.back() += stack;
         i = end == std::string::npos ? contents.size() : end;
         break;
