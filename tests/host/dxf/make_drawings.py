@@ -72,9 +72,6 @@ def main():
     os.makedirs(out, exist_ok=True)
     for v in VERSIONS:
         build(v, chinese=v >= "R2007" and v != "R12").saveas(os.path.join(out, f"tool_{v}.dxf"))
-    # For conversions to R2000 and R2004, which ezdxf cannot read back with
-    # escaped characters, an R2010 drawing without Chinese.
-    build("R2010", chinese=False).saveas(os.path.join(out, "ascii_R2010.dxf"))
     gbk = build("R2000", chinese=True)
     gbk.encoding = "cp936"
     path = os.path.join(out, "tool_R2000_gbk.dxf")

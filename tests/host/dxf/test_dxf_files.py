@@ -4,9 +4,11 @@
   `envline convert` with nothing lost;
 - edits made through the host (a new outline, a task store, a layer off,
   a moved line, an erased circle) read back right in every version;
-- an R2010 drawing converts to every version from R2000 to R2018, an R12
-  one to R2000 and every real drawing to R2018, losing only what a warning
-  names;
+- an R2010 drawing with Chinese names and text converts to every version
+  from R2000 to R2018 (R2000 and R2004 in the code page ANSI_936, which
+  holds them; ANSI_1252 when asked, with a warning for what it cannot hold),
+  an R12 one to R2000 and every real drawing to R2018, losing only what a
+  warning names;
 - every entity, opened for write and so written from what the host built
   of it, reads back in ezdxf as the original did;
 - Chinese names and text survive R2000 ANSI_936 and R2010 UTF-8 files;
@@ -97,10 +99,22 @@ def main():
         cases.append((f"edit {name}", lambda s=src, n=name: edit(s, n)))
         cases.append((f"rebuild {name}", lambda s=src, n=name: rebuild(s, n)))
     cases.append(("convert R12 to R2000", lambda: convert_newer(os.path.join(tmp, "tool_R12.dxf"), "R12.dxf", "R2000")))
-    r2010 = os.path.join(tmp, "ascii_R2010.dxf")
+    r2010 = os.path.join(tmp, "tool_R2010.dxf")
     for version in ("R2000", "R2004", "R2007", "R2013", "R2018"):
         cases.append((f"convert R2010 to {version}",
                       lambda v=version: round_trip(r2010, f"conv_{v}.dxf", ("--version", v))))
+
+    def code_page(page, expect_code, expect_text):
+        dst = os.path.join(tmp, f"page_{page}.dxf")
+        r = subprocess.run([envline, "convert", r2010, "-o", dst, "--version", "R2000", "--codepage", page],
+                           capture_output=True, text=True)
+        ok = r.returncode == expect_code and all(t in r.stderr for t in expect_text)
+        if ok and expect_code == 0:
+            ok = b"$DWGCODEPAGE\n  3\n" + page.encode() in open(dst, "rb").read()
+        return None if ok else f"exit {r.returncode}: {r.stderr}"
+    cases.append(("--codepage ANSI_1252: escapes with a warning",
+                  lambda: code_page("ANSI_1252", 0, ["cannot be held", "ANSI_1252"])))
+    cases.append(("an unknown --codepage is a usage error", lambda: code_page("KLINGON", 2, ["code page"])))
     gbk = os.path.join(tmp, "tool_R2000_gbk.dxf")
     cases.append(("convert R2000 ANSI_936 to R2010 UTF-8",
                   lambda: round_trip(gbk, "conv_gbk_R2010.dxf", ("--version", "R2010"))))
