@@ -7,26 +7,20 @@
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/tags.h"
+#include "dxf_text.h"
 
 namespace {
 using host::dxf::Diagnostics;
 using host::dxf::DxfDrawing;
 
-// An R2000 drawing: one layer "0", the entities given, and a dictionary
-// (handle 30) and an xrecord (31) that a line refers to.
+// A drawing of the entities with a dictionary (handle 30) and an xrecord
+// (31) that a line refers to.
 std::string drawing(const std::string& entities) {
-  return "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  9\n$HANDSEED\n  5\n100\n  0\nENDSEC\n"
-         "  0\nSECTION\n  2\nTABLES\n  0\nTABLE\n  2\nLAYER\n  5\n2\n330\n0\n100\nAcDbSymbolTable\n 70\n1\n"
-         "  0\nLAYER\n  5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n  2\n0\n 70\n0\n 62\n7\n"
-         "  6\nContinuous\n  0\nENDTAB\n  0\nENDSEC\n"
-         "  0\nSECTION\n  2\nENTITIES\n" +
-         entities +
-         "  0\nENDSEC\n"
-         "  0\nSECTION\n  2\nOBJECTS\n"
-         "  0\nDICTIONARY\n  5\nC\n330\n0\n100\nAcDbDictionary\n  3\nNOTES\n350\n31\n"
-         "  0\nDICTIONARY\n  5\n30\n330\n20\n100\nAcDbDictionary\n"
-         "  0\nXRECORD\n  5\n31\n330\nC\n100\nAcDbXrecord\n  1\nnote\n"
-         "  0\nENDSEC\n  0\nEOF\n";
+  dxf_text::Sections s;
+  s.objects = "  0\nDICTIONARY\n  5\nC\n330\n0\n100\nAcDbDictionary\n  3\nNOTES\n350\n31\n"
+              "  0\nDICTIONARY\n  5\n30\n330\n20\n100\nAcDbDictionary\n"
+              "  0\nXRECORD\n  5\n31\n330\nC\n100\nAcDbXrecord\n  1\nnote\n";
+  return dxf_text::Drawing(entities, s);
 }
 
 const std::string kLine =
@@ -142,9 +136,7 @@ TEST(DxfDeferredEntities, KeepTheReadersChecksAndHandleRules) {
   const AcDbObjectIdArray paper = entitiesOf(twice.database->paperSpaceId());
   ASSERT_EQ(paper.length(), 2);
   EXPECT_NE(paper[0].handle(), paper[1].handle());
-  bool warned = false;
-  for (const auto& w : td.warnings) warned = warned || w.find("used twice") != std::string::npos;
-  EXPECT_TRUE(warned);
+  EXPECT_TRUE(dxf_text::Warned(td, "used twice"));
 }
 
 TEST(DxfTags, LinesInEveryFormWritersUse) {

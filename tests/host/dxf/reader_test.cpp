@@ -8,21 +8,13 @@
 #include "host/db/dictionary.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
+#include "dxf_text.h"
 
 namespace {
 using host::dxf::Diagnostics;
 using host::dxf::DxfDrawing;
 
-// A small R2000 drawing in the form writers produce, with placeholders.
-std::string drawing(const std::string& entities, const std::string& header = "") {
-  return "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  9\n$HANDSEED\n  5\n100\n" + header +
-         "  0\nENDSEC\n"
-         "  0\nSECTION\n  2\nTABLES\n  0\nTABLE\n  2\nLAYER\n  5\n2\n330\n0\n100\nAcDbSymbolTable\n 70\n1\n"
-         "  0\nLAYER\n  5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n  2\n0\n 70\n0\n 62\n7\n"
-         "  6\nContinuous\n  0\nENDTAB\n  0\nENDSEC\n"
-         "  0\nSECTION\n  2\nENTITIES\n" +
-         entities + "  0\nENDSEC\n  0\nEOF\n";
-}
+using dxf_text::Drawing;
 
 std::string readError(const std::string& text) {
   DxfDrawing d;
@@ -35,7 +27,7 @@ const char* kLine = "  0\nLINE\n  5\n20\n100\nAcDbEntity\n  8\n0\n100\nAcDbLine\
                     " 11\n4.0\n 21\n6.0\n 31\n0.0\n";
 
 TEST(DxfReader, MalformedFilesGiveAnErrorThatNamesWhere) {
-  const std::string good = drawing(kLine);
+  const std::string good = Drawing(kLine);
   {
     DxfDrawing d;
     Diagnostics diag;
@@ -103,7 +95,7 @@ TEST(DxfReader, MirroredArcsAreReadInWorldTerms) {
       "210\n0.0\n220\n0.0\n230\n-1.0\n100\nAcDbArc\n 50\n0.0\n 51\n90.0\n";
   DxfDrawing d;
   Diagnostics diag;
-  ASSERT_TRUE(host::dxf::readDxfText(drawing(arc), d, diag)) << diag.error;
+  ASSERT_TRUE(host::dxf::readDxfText(Drawing(arc), d, diag)) << diag.error;
   AcDbObjectPointer<AcDbArc> a(host::allEntities(d.database.get())[0], AcDb::kForRead);
   ASSERT_TRUE(a);
   EXPECT_EQ(a->normal(), AcGeVector3d::kZAxis);
@@ -116,7 +108,7 @@ TEST(DxfReader, MirroredArcsAreReadInWorldTerms) {
 }
 
 TEST(DxfReader, EscapedCharactersAreDecodedButWrittenBackAsTheyWere) {
-  const std::string text = drawing(
+  const std::string text = Drawing(
       "  0\nTEXT\n  5\n22\n100\nAcDbEntity\n  8\n0\n100\nAcDbText\n 10\n0\n 20\n0\n 30\n0\n 40\n2.5\n"
       "  1\n\\U+8BA1\\U+7B97 \\M+5B3DF\n100\nAcDbText\n");
   DxfDrawing d;
@@ -207,7 +199,7 @@ TEST(DxfWriter, WritesAtomicallyAndNeverTouchesTheInput) {
   const fs::path dir = fs::temp_directory_path() / "envline_writer_test";
   fs::create_directories(dir);
   const fs::path in = dir / "in.dxf";
-  std::ofstream(in) << drawing(kLine);
+  std::ofstream(in) << Drawing(kLine);
   const auto before = fs::last_write_time(in);
   DxfDrawing d;
   Diagnostics diag;
@@ -233,7 +225,7 @@ TEST(DxfWriter, WritesAtomicallyAndNeverTouchesTheInput) {
 TEST(DxfWriter, NewObjectsGetFreshHandlesAndTheSeedMovesOn) {
   DxfDrawing d;
   Diagnostics diag;
-  ASSERT_TRUE(host::dxf::readDxfText(drawing(kLine), d, diag));
+  ASSERT_TRUE(host::dxf::readDxfText(Drawing(kLine), d, diag));
   AcDbObjectId id;
   host::appendEntity(d.database.get(), new AcDbLine({0, 0, 0}, {1, 1, 0}), id);
   EXPECT_GE(id.handle().value(), 0x100u);  // beyond the file's seed
@@ -314,7 +306,7 @@ TEST(DxfWriter, NewKindsR12LacksAreWrittenInR12Form) {
 TEST(DxfWriter, ApplicationsOfNewExtendedDataJoinTheTable) {
   DxfDrawing d;
   Diagnostics diag;
-  ASSERT_TRUE(host::dxf::readDxfText(drawing(kLine), d, diag)) << diag.error;
+  ASSERT_TRUE(host::dxf::readDxfText(Drawing(kLine), d, diag)) << diag.error;
   {
     AcDbObjectPointer<AcDbLine> line(host::allEntities(d.database.get())[0], AcDb::kForWrite);
     ResbufChain xd(acutBuildList(1001, "TUKANGE_NAME_IDENTITY", 1000, "T-7", RTNONE));
@@ -344,7 +336,7 @@ TEST(DxfReader, CommonValuesAfterTheSubclassMarkerAsDxflibWritesThem) {
                             " 10\n0\n 20\n0\n 30\n0\n 11\n1\n 21\n1\n 31\n0\n";
   DxfDrawing d;
   Diagnostics diag;
-  ASSERT_TRUE(host::dxf::readDxfText(drawing(lineLikeDxflib + circleLikeDxflib + usual), d, diag)) << diag.error;
+  ASSERT_TRUE(host::dxf::readDxfText(Drawing(lineLikeDxflib + circleLikeDxflib + usual), d, diag)) << diag.error;
   const AcDbObjectIdArray ids = host::allEntities(d.database.get());
   ASSERT_EQ(ids.length(), 3);
   const char* layers[] = {"AXIS", "HOLES", "OUTLINE"};
