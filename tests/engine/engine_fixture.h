@@ -7,6 +7,7 @@
 #include "engine/encircle_line.h"
 #include "host/db/operations.h"
 #include "host/ed/document.h"
+#include "../host/db/db_helpers.h"
 
 class EngineProbe : public CEncircleLine {
  public:
@@ -50,35 +51,18 @@ class DrawingTest : public testing::Test {
     return id;
   }
   AcDbObjectId line(AcGePoint3d a, AcGePoint3d b) { return add(new AcDbLine(a, b)); }
-  AcDbObjectId layer(const char* name) {
+  // The layer (made when missing), drawn in the given linetype when one is named.
+  AcDbObjectId layer(const char* name, const char* linetypeName = nullptr) {
     AcDbObjectId id;
     host::findLayer(db(), name, id, true);
-    return id;
-  }
-  AcDbObjectId linetype(const char* name) {
-    AcDbLinetypeTable* table = nullptr;
-    acdbOpenObject(table, db()->linetypeTableId(), AcDb::kForWrite);
-    AcDbObjectId id;
-    if (table->getAt(name, id) != Acad::eOk) {
-      auto* rec = new AcDbLinetypeTableRecord;
-      rec->setName(name);
-      table->add(id, rec);
-      rec->close();
+    if (linetypeName) {
+      AcDbObjectPointer<AcDbLayerTableRecord> rec(id, AcDb::kForWrite);
+      rec->setLinetypeObjectId(linetype(linetypeName));
     }
-    table->close();
     return id;
   }
-  AcDbObjectId block(const char* name) {
-    AcDbBlockTable* table = nullptr;
-    db()->getBlockTable(table, AcDb::kForWrite);
-    auto* rec = new AcDbBlockTableRecord;
-    rec->setName(name);
-    AcDbObjectId id;
-    table->add(id, rec);
-    rec->close();
-    table->close();
-    return id;
-  }
+  AcDbObjectId linetype(const char* name) { return testdb::Linetype(db(), name); }
+  AcDbObjectId block(const char* name) { return testdb::Block(db(), name); }
   // Unerased model space entities of a kind.
   template <class T>
   int count() const {

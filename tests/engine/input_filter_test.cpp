@@ -24,11 +24,7 @@ TEST_F(InputFilter, DashedLinesByTheFourCaseSensitiveForms) {
     ids.append(add(l));
   }
   // A line on a dashed layer but "ByLayer" itself is kept.
-  const AcDbObjectId dashedLayer = layer("HIDDEN_LAYER");
-  {
-    AcDbObjectPointer<AcDbLayerTableRecord> rec(dashedLayer, AcDb::kForWrite);
-    rec->setLinetypeObjectId(linetype("DASHED"));
-  }
+  const AcDbObjectId dashedLayer = layer("HIDDEN_LAYER", "DASHED");
   auto* byLayer = new AcDbLine({0, 0, 0}, {1, 0, 0});
   byLayer->setLayer(dashedLayer);
   const AcDbObjectId byLayerId = add(byLayer);

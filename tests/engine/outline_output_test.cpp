@@ -139,19 +139,7 @@ TEST_F(OutlineOutput, ArcRunsAtAndAcrossAJunctionOfTwoArcs) {
 }
 
 TEST_F(OutlineOutput, LinesMoveToTheWorkingLayerKeepingADashedLayersLinetype) {
-  const AcDbObjectId hidden = layer("HIDDEN");
-  {
-    AcDbLinetypeTable* table = nullptr;
-    acdbOpenObject(table, db()->linetypeTableId(), AcDb::kForWrite);
-    auto* rec = new AcDbLinetypeTableRecord;
-    rec->setName("DASHED");
-    AcDbObjectId lt;
-    table->add(lt, rec);
-    rec->close();
-    table->close();
-    AcDbObjectPointer<AcDbLayerTableRecord> layerRec(hidden, AcDb::kForWrite);
-    layerRec->setLinetypeObjectId(lt);
-  }
+  const AcDbObjectId hidden = layer("HIDDEN", "DASHED");
   auto* l = new AcDbLine({0, 0, 0}, {1, 0, 0});
   l->setLayer(hidden);
   const AcDbObjectId id = add(l);

@@ -8,6 +8,7 @@
 
 #include "engine/encircle_line.h"
 #include "host/db/operations.h"
+#include "../host/db/db_helpers.h"
 
 namespace tooltest {
 
@@ -21,19 +22,7 @@ inline AcDbObjectId put(AcDbDatabase* db, AcDbEntity* e, const char* layer = "0"
   AcDbObjectId layerId;
   host::findLayer(db, layer, layerId, true);
   e->setLayer(layerId);
-  if (linetype) {
-    AcDbLinetypeTable* table = nullptr;
-    acdbOpenObject(table, db->linetypeTableId(), AcDb::kForWrite);
-    AcDbObjectId lt;
-    if (table->getAt(linetype, lt) != Acad::eOk) {
-      auto* rec = new AcDbLinetypeTableRecord;
-      rec->setName(linetype);
-      table->add(lt, rec);
-      rec->close();
-    }
-    table->close();
-    e->setLinetype(lt);
-  }
+  if (linetype) e->setLinetype(testdb::Linetype(db, linetype));
   AcDbObjectId id;
   host::appendEntity(db, e, id, block);
   return id;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "db_helpers.h"
 #include "host/db/operations.h"
 
 namespace {
@@ -15,8 +16,8 @@ struct BlockDrawing {
   AcDbObjectId part, inner, redLayer;
 
   BlockDrawing() {
-    inner = makeBlock("INNER");
-    part = makeBlock("PART");
+    inner = testdb::Block(&db, "INNER");
+    part = testdb::Block(&db, "PART");
     AcDbObjectId id;
     host::appendEntity(&db, new AcDbLine({0, 0, 0}, {10, 0, 0}), id, part);
     host::appendEntity(&db, new AcDbArc({10, 0, 0}, 2, 0, kPi / 2), id, part);
@@ -24,17 +25,6 @@ struct BlockDrawing {
     host::appendEntity(&db, new AcDbBlockReference({0, 10, 0}, inner), id, part);
     host::appendEntity(&db, new AcDbLine({0, 0, 0}, {0, 3, 0}), id, inner);
     host::findLayer(&db, "RED", redLayer, true);
-  }
-  AcDbObjectId makeBlock(const char* name) {
-    AcDbBlockTable* table = nullptr;
-    db.getBlockTable(table, AcDb::kForWrite);
-    auto* rec = new AcDbBlockTableRecord;
-    rec->setName(name);
-    AcDbObjectId id;
-    table->add(id, rec);
-    rec->close();
-    table->close();
-    return id;
   }
   AcDbObjectId insert(AcDbObjectId block, AcGePoint3d at, AcGeScale3d scale = {}, double rotation = 0) {
     auto* ref = new AcDbBlockReference(at, block);
