@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QDialogButtonBox>
+#include <QFontMetrics>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -291,31 +292,46 @@ ProgressWindow::ProgressWindow() : QWidget(nullptr) {
   font.setPixelSize(16);
   font.setWeight(QFont::Normal);
   m_text->setFont(font);
+  m_text->setTextFormat(Qt::PlainText);
+  // A text of a fixed size, its three lines: a new text repaints the label
+  // without laying the window out again.
+  m_text->setFixedSize(450, QFontMetrics(font).lineSpacing() * 3 + 4);
   layout->addWidget(m_bar);
   layout->addWidget(m_text);
-  resize(470, 170);
+  resize(470, sizeHint().height());
   show();
 }
 
 void ProgressWindow::SetTitle(const std::string& title) {
-  m_pendingTitle = Q(title);
-  if (!m_sinceShown.isValid()) setWindowTitle(m_pendingTitle);
+  m_pendingTitle = title;
+  if (!m_sinceShown.isValid()) setWindowTitle(Q(title));
 }
 void ProgressWindow::SetRange(int lower, int upper) { m_lower = lower, m_upper = upper; }
 void ProgressWindow::SetPosition(int position) { m_position = position; }
 void ProgressWindow::SetText(const std::string& text) {
-  m_pendingText = Q(text).trimmed();
+  m_pendingText = text;
   Show();
 }
-void ProgressWindow::PumpMessages() { QCoreApplication::processEvents(); }
+
+void ProgressWindow::PumpMessages() {
+  // Ten times a second keeps the program responsive; a step that
+  // follows closer on the last one leaves the events waiting.
+  if (m_sincePumped.isValid() && m_sincePumped.elapsed() < kPumpIntervalMs) return;
+  m_sincePumped.start();
+  QCoreApplication::processEvents();
+}
 
 void ProgressWindow::Show() {
-  if (m_sinceShown.isValid() && m_sinceShown.elapsed() < 500) return;
+  if (m_sinceShown.isValid() && m_sinceShown.elapsed() < kRedrawIntervalMs) return;
   m_sinceShown.start();
-  if (windowTitle() != m_pendingTitle) setWindowTitle(m_pendingTitle);
+  // The changes are drawn together, by the next pump, instead of the bar
+  // drawing itself at once and the text later.
+  if (const QString title = Q(m_pendingTitle); windowTitle() != title) setWindowTitle(title);
+  m_bar->setUpdatesEnabled(false);
   m_bar->setRange(m_lower, m_upper);
   m_bar->setValue(m_position);
-  m_text->setText(m_pendingText);
+  m_bar->setUpdatesEnabled(true);
+  m_text->setText(Q(m_pendingText).trimmed());
 }
 
 void InstallProgressWindows() {

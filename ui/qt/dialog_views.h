@@ -113,10 +113,17 @@ class BatchDialogView : public QDialog {
 // window's dialog service for resource 188.
 std::unique_ptr<host::ed::DialogWindow> MakeBatchDialogWindow(host::ed::ModelessDialog& dlg, QWidget* parent);
 
-// "任务进度": a window without parent with the bar and the counts; every
-// step handles the events waiting, so the program stays responsive.
+// "任务进度": a window without parent with the bar and the counts. Steps
+// handle the events waiting at most every kPumpIntervalMs, so the program
+// stays responsive between tools without a pump per tool.
 class ProgressWindow : public QWidget, public ProgressView {
  public:
+  static constexpr int kPumpIntervalMs = 100;
+  // The times shown are whole seconds: what the steps set is drawn at once
+  // the first time, then once a second, so that drawing the window costs
+  // next to nothing against the run.
+  static constexpr int kRedrawIntervalMs = 1000;
+
   ProgressWindow();
   void SetTitle(const std::string& title) override;
   void SetRange(int lower, int upper) override;
@@ -127,15 +134,12 @@ class ProgressWindow : public QWidget, public ProgressView {
   QLabel* Text() const { return m_text; }
 
  private:
-  // Shows what the steps set: at once the first time, then at most twice a
-  // second (the times shown are whole seconds), so that drawing the window
-  // costs nothing next to the run.
   void Show();
   QProgressBar* m_bar;
   QLabel* m_text;
-  QString m_pendingText, m_pendingTitle;
+  std::string m_pendingText, m_pendingTitle;
   int m_lower = 0, m_upper = 100, m_position = 0;
-  QElapsedTimer m_sinceShown;
+  QElapsedTimer m_sinceShown, m_sincePumped;
 };
 
 // Makes the module's progress display show ProgressWindow windows.
