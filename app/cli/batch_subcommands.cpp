@@ -7,6 +7,7 @@
 #include "app/cli/batch_command.h"
 #include "app/cli/batch_listing.h"
 #include "app/cli/batch_progress.h"
+#include "host/db/box_selection.h"
 #include "host/db/operations.h"
 #include "ui/centre_line.h"
 #include "ui/input_name_dialog.h"
@@ -113,9 +114,15 @@ int AddTool(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j, s
 int AddFrames(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j, std::vector<std::string>& warnings) {
   int added = 0, missed = 0;
   j.key("tools").beginArray();
-  for (const DrawingFrame& frame : CollectDrawingFrames()) {
+  const std::vector<DrawingFrame> frames = CollectDrawingFrames();
+  // Every frame's window at once: one pass over the drawing, not one per frame.
+  std::vector<host::SelectionBox> boxes;
+  for (const DrawingFrame& frame : frames) boxes.push_back({frame.box.m_ptMin, frame.box.m_ptMax});
+  const std::vector<AcDbObjectIdArray> inFrames = host::selectByBoxes(db, boxes, host::SelectMode::kWindow);
+  for (std::size_t f = 0; f < frames.size(); ++f) {
+    const DrawingFrame& frame = frames[f];
     AcArray<AcDbObjectId> selection;
-    for (AcDbObjectId id : host::selectByBox(db, frame.box.m_ptMin, frame.box.m_ptMax, host::SelectMode::kWindow))
+    for (AcDbObjectId id : inFrames[f])
       if (!LeftOutOfTool(id)) selection.append(id);
     const CentreLineSearch found = FindCentreLine(selection);
     if (selection.isEmpty() || !found.bFound) {

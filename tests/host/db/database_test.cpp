@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "host/db/box_selection.h"
 #include "host/db/operations.h"
 
 namespace {
@@ -183,5 +184,20 @@ TEST(Database, SelectionsByLayerWindowAndCrossing) {
   EXPECT_EQ(window, AcDbObjectIdArray({inside}));
   EXPECT_EQ(cross, AcDbObjectIdArray({inside, crossing}));
   EXPECT_EQ(host::entitiesOnLayer(&db, "outline"), AcDbObjectIdArray({outside}));
+  // Many boxes at once select what each selects alone: corners in any
+  // order, boxes of different widths that overlap, a box wider than the
+  // others that holds entities far to the right of its left edge, and
+  // edges that touch an entity's extents exactly.
+  const std::vector<host::SelectionBox> boxes = {
+      {{10, 10, 0}, {0, 0, 0}}, {{4, 0, 0}, {20, 4, 0}}, {{-100, -1, 0}, {100, 50, 0}},
+      {{29, 29, 0}, {41, 41, 0}}, {{30, 30, 0}, {40, 40, 0}}, {{3, 3, 0}, {5, 5, 0}}};
+  for (const auto mode : {host::SelectMode::kWindow, host::SelectMode::kCrossing}) {
+    const auto all = host::selectByBoxes(&db, boxes, mode);
+    ASSERT_EQ(all.size(), boxes.size());
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+      EXPECT_EQ(all[i], host::selectByBox(&db, boxes[i].corner1, boxes[i].corner2, mode)) << "box " << i;
+  }
+  EXPECT_EQ(host::selectByBoxes(&db, boxes, host::SelectMode::kWindow)[2],
+            AcDbObjectIdArray({inside, crossing, outside}));
 }
 }  // namespace
