@@ -7,6 +7,7 @@
 #include "shell/reactors.h"
 #include "ui/bulk_gen_encircle_line_dlg.h"
 #include "ui/encircle_line_cal_dlg.h"
+#include "ui/module_dialog.h"
 
 namespace shell {
 namespace {
@@ -21,21 +22,6 @@ CDocReactor*& DocReactor() {
   return reactor;
 }
 
-// One instance per dialog kind, kept in its module pointer: created with
-// its window on first use; then, new or already open, centred over the main
-// window and shown. A window that could not be made keeps its dialog; the
-// next command only centres and shows it.
-template <class Dialog>
-void ShowDialog() {
-  Dialog*& dialog = Dialog::ModulePointer();
-  if (!dialog) {
-    dialog = new Dialog;
-    dialog->create();
-  }
-  dialog->centreWindow();
-  dialog->showWindow();
-}
-
 void AddCommand(AcEdCommandStack* stack, const char* name, AcRxFunctionPtr fn) {
   stack->addCommand(kCommandGroup, name, name, ACRX_CMD_MODAL, fn, nullptr, -1, nullptr, nullptr);
 }
@@ -44,9 +30,9 @@ void AddCommand(AcEdCommandStack* stack, const char* name, AcRxFunctionPtr fn) {
 
 void VkTestToolDesign() {}
 
-void VKTOOLDESIGNProfileAuto3D() { ShowDialog<CEncircleLineCalDlg>(); }
+void VKTOOLDESIGNProfileAuto3D() { ShowModuleDialog<CEncircleLineCalDlg>(); }
 
-void VKTOOLDESIGNProfilesAuto3D() { ShowDialog<CBulkGenEncircleLineDlg>(); }
+void VKTOOLDESIGNProfilesAuto3D() { ShowModuleDialog<CBulkGenEncircleLineDlg>(); }
 
 void InitApplication() {
   auto* stack = AcEdCommandStack::cast(acrxSysRegistry()->at(ACRX_COMMAND_DOCK));

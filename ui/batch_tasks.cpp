@@ -27,6 +27,25 @@ bool IsLiveEntity(AcDbObjectId id) {
   return ent.openStatus() == Acad::eOk;
 }
 
+// One tool's step of a run or an export: the progress shows it, step does
+// the work and fills in the event, which then carries the time taken to
+// the observer.
+template <class Step>
+void ToolStep(CBatchTaskInfo* task, int index, const BatchToolObserver& observer, Step step) {
+  const int count = static_cast<int>(task->m_vecTools.size());
+  StepProgress(count, index);
+  CBatchToolInfo& tool = task->m_vecTools[index];
+  BatchToolEvent event;
+  event.task = task;
+  event.tool = &tool;
+  event.index = index;
+  event.count = count;
+  const auto start = std::chrono::steady_clock::now();
+  step(tool, event);
+  event.seconds = SecondsSince(start);
+  if (observer) observer(event);
+}
+
 }  // namespace
 
 std::string FrameToolNumber(const std::vector<DrawingFrame>& frames, const AcArray<AcDbObjectId>& ids) {
@@ -70,20 +89,11 @@ void RunTasks(const std::vector<CBatchTaskInfo*>& tasks, const BatchToolObserver
     OpenProgress();
     StepProgress(count, 0);
     task->m_nExecState = kBatchDone;
-    for (int i = 0; i < count; ++i) {
-      StepProgress(count, i);
-      CBatchToolInfo& tool = task->m_vecTools[i];
-      BatchToolEvent event;
-      event.task = task;
-      event.tool = &tool;
-      event.index = i;
-      event.count = count;
-      const auto start = std::chrono::steady_clock::now();
-      event.ok = ComputeTool(tool, task->m_calInfo, &event.problem);
-      event.seconds = SecondsSince(start);
-      if (tool.m_nExecState == kBatchError) task->m_nExecState = kBatchError;
-      if (observer) observer(event);
-    }
+    for (int i = 0; i < count; ++i)
+      ToolStep(task, i, observer, [&](CBatchToolInfo& tool, BatchToolEvent& event) {
+        event.ok = ComputeTool(tool, task->m_calInfo, &event.problem);
+        if (tool.m_nExecState == kBatchError) task->m_nExecState = kBatchError;
+      });
     CloseProgress();
   }
 }
@@ -151,25 +161,17 @@ void ExportTasks(const std::vector<CBatchTaskInfo*>& tasks, const BatchExportOpt
       char title[96];
       std::snprintf(title, sizeof title, "正在导出3D（%d/%d）", i, count);
       SetProgressTitle(title);
-      StepProgress(count, i);
-      CBatchToolInfo& tool = task->m_vecTools[i];
-      BatchToolEvent event;
-      event.task = task;
-      event.tool = &tool;
-      event.index = i;
-      event.count = count;
-      const auto start = std::chrono::steady_clock::now();
-      if (tool.m_idOutline.isNull()) {
-        event.skipped = true;  // passed over: nothing to export, no state changes
-        event.problem = "tool " + tool.m_strName + ": " + kComputeOutlineFirst;
-      } else {
+      ToolStep(task, i, observer, [&](CBatchToolInfo& tool, BatchToolEvent& event) {
+        if (tool.m_idOutline.isNull()) {
+          event.skipped = true;  // passed over: nothing to export, no state changes
+          event.problem = "tool " + tool.m_strName + ": " + kComputeOutlineFirst;
+          return;
+        }
         event.ok = ExportTool(tool, options, usedNames, event);
         // A failed export marks the tool, so the list shows which ones to redo.
         tool.m_nExportState = event.ok ? kBatchDone : kBatchError;
         if (!event.ok) task->m_nExportState = kBatchError;
-      }
-      event.seconds = SecondsSince(start);
-      if (observer) observer(event);
+      });
     }
     CloseProgress();
     EraseExportLayer();

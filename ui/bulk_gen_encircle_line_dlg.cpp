@@ -8,6 +8,7 @@
 #include "host/ed/editor_input.h"
 #include "shell/knife_diagram_factory.h"
 #include "ui/batch_tasks.h"
+#include "ui/module_dialog.h"
 #include "ui/single_outline_run.h"
 
 const char* const kSelectTaskData = "请选择任务数据";
@@ -384,12 +385,4 @@ void CBulkGenEncircleLineDlg::OnEraseOutline() {
   Changed();
 }
 
-void ShowBatchDialog() {
-  CBulkGenEncircleLineDlg*& dialog = CBulkGenEncircleLineDlg::ModulePointer();
-  if (!dialog) {
-    dialog = new CBulkGenEncircleLineDlg;
-    dialog->create();
-  }
-  dialog->centreWindow();
-  dialog->showWindow();
-}
+void ShowBatchDialog() { ShowModuleDialog<CBulkGenEncircleLineDlg>(); }

@@ -6,6 +6,7 @@
 #include "host/db/operations.h"
 #include "host/ed/editor_input.h"
 #include "output/solid_export.h"
+#include "ui/module_dialog.h"
 #include "util/entity_utils.h"
 
 const char* const kPromptSelectTool = "请选择需要计算轮廓的对象";
@@ -53,16 +54,7 @@ CEncircleLineCalDlg*& CEncircleLineCalDlg::ModulePointer() {
   return dialog;
 }
 
-CEncircleLineCalDlg* CEncircleLineCalDlg::ShowModuleDialog() {
-  CEncircleLineCalDlg*& dialog = ModulePointer();
-  if (!dialog) {
-    dialog = new CEncircleLineCalDlg;
-    dialog->create();
-  }
-  dialog->centreWindow();
-  dialog->showWindow();
-  return dialog;
-}
+CEncircleLineCalDlg* CEncircleLineCalDlg::ShowModuleDialog() { return ::ShowModuleDialog<CEncircleLineCalDlg>(); }
 
 bool CEncircleLineCalDlg::onInitDialog() {
   UpdateData(false);
