@@ -1,6 +1,9 @@
 #include "app/cli/batch_listing.h"
 
+#include <algorithm>
 #include <cstdio>
+
+#include "app/cli/arguments.h"
 
 #include "output/outline_report.h"
 #include "ui/para_set_dialog.h"
@@ -11,25 +14,45 @@ namespace {
 
 std::string HandleOf(AcDbObjectId id) { return id.isNull() || id.isErased() ? std::string() : id.handle().toHex(); }
 
-std::string Row(int number, const std::string& name, std::int32_t exec, std::int32_t exported, int indent) {
-  char text[512];
-  std::snprintf(text, sizeof text, "%*s%-4d %-20s %-8s %s\n", indent, "", number, name.c_str(),
-                BatchStateText(exec, false).c_str(), BatchStateText(exported, true).c_str());
-  return text;
+// Columns padded by the width they take on a terminal, so that Chinese
+// names and state texts line up with the others.
+constexpr std::size_t kToolIndent = 4;  // tools are listed under their task
+
+struct Columns {
+  std::size_t number = 5, name = 21, state = 9;
+};
+
+std::string Row(const Columns& c, const std::string& number, const std::string& name, const std::string& exec,
+                const std::string& exported, std::size_t indent) {
+  // An indented row's name column is narrower, so that the state columns of
+  // tasks and tools line up.
+  return std::string(indent, ' ') + PadToWidth(number, c.number) + PadToWidth(name, c.name - indent) +
+         PadToWidth(exec, c.state) + exported + "\n";
+}
+
+std::string Row(const Columns& c, std::size_t index, const std::string& name, std::int32_t exec,
+                std::int32_t exported, std::size_t indent) {
+  return Row(c, std::to_string(index + 1), name, BatchStateText(exec, false), BatchStateText(exported, true), indent);
 }
 
 }  // namespace
 
 std::string TaskListText(const CBatchTaskList& tasks) {
   if (tasks.empty()) return "no batch tasks in this drawing\n";
-  std::string text = "序号 任务名称 执行状态 导出状态\n";
+  Columns c;
+  for (const CBatchTaskInfo& t : tasks) {
+    c.name = std::max(c.name, DisplayWidth(t.m_strName) + 1);
+    for (const CBatchToolInfo& tool : t.m_vecTools)
+      c.name = std::max(c.name, DisplayWidth(tool.m_strName) + 1 + kToolIndent);
+  }
+  std::string text = Row(c, "序号", "任务名称", "执行状态", "导出状态", 0);
   for (std::size_t i = 0; i < tasks.size(); ++i) {
     const CBatchTaskInfo& t = tasks[i];
-    text += Row(static_cast<int>(i + 1), t.m_strName, t.m_nExecState, t.m_nExportState, 0);
-    if (!t.m_vecTools.empty()) text += "    序号 刀具名称 执行状态 导出状态\n";
+    text += Row(c, i, t.m_strName, t.m_nExecState, t.m_nExportState, 0);
+    if (!t.m_vecTools.empty()) text += Row(c, "序号", "刀具名称", "执行状态", "导出状态", kToolIndent);
     for (std::size_t k = 0; k < t.m_vecTools.size(); ++k) {
       const CBatchToolInfo& tool = t.m_vecTools[k];
-      text += Row(static_cast<int>(k + 1), tool.m_strName, tool.m_nExecState, tool.m_nExportState, 4);
+      text += Row(c, k, tool.m_strName, tool.m_nExecState, tool.m_nExportState, kToolIndent);
     }
   }
   return text;

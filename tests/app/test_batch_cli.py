@@ -12,6 +12,7 @@ import os
 import subprocess
 import sys
 import tempfile
+import unicodedata
 
 import ezdxf
 
@@ -45,6 +46,11 @@ def path(name):
     return os.path.join(TMP, name)
 
 
+def display_column(line, word):
+    prefix = line[:line.index(word)]
+    return sum(2 if unicodedata.east_asian_width(c) in "WF" else 1 for c in prefix)
+
+
 cases = Cases()
 state = {}
 
@@ -58,6 +64,11 @@ def sheet_task():
     tools = r["tasks"][0]["tools"]
     assert r["tasks"][0]["exec_text"] == "未开始" and len(tools) == 3, r
     assert all(t["entities"] > 5 and t["centre"][1] == 0 for t in tools), tools
+    # The listing's state columns line up under their titles on a terminal,
+    # Chinese task names (two columns a character) included.
+    listing = batch(out, "tasks").stdout.splitlines()
+    starts = {display_column(line, word) for line in listing for word in ("执行状态", "未开始") if word in line}
+    assert len(starts) == 1 and len(listing) == 6, listing
     audited(out)
     state["sheet"] = out
 
