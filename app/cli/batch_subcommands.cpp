@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 #include "app/cli/batch_command.h"
 #include "app/cli/batch_listing.h"
@@ -49,6 +50,20 @@ bool SelectTasks(CBatchTaskList& tasks, const std::vector<std::string>& keys, st
   return true;
 }
 
+// Why a task or tool name given on the command line is refused, if it is:
+// the dialog's rule (not empty), and no line break or other control
+// character, which a name in the drawing and a line of the listings cannot
+// hold as it is.
+std::optional<std::string> NameRefused(const std::string& name) {
+  CInputNameDlg dlg;
+  dlg.m_strName = name;
+  if (auto refused = dlg.OnOK()) return refused;
+  for (const char c : name)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+      return std::string("a name cannot hold a line break or another control character");
+  return std::nullopt;
+}
+
 // Drawing frames and what a tool never includes: outlines and solids.
 bool LeftOutOfTool(AcDbObjectId id) {
   AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
@@ -93,9 +108,7 @@ int AddTool(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j, s
   }
   std::string name = o.name;
   if (o.hasName) {
-    CInputNameDlg dlg;
-    dlg.m_strName = o.name;
-    if (auto refused = dlg.OnOK()) return Usage("--name: " + *refused);
+    if (auto refused = NameRefused(o.name)) return Usage("--name: " + *refused);
   } else {
     name = FrameToolNumber(selection);
     if (name.empty()) {
@@ -239,11 +252,9 @@ int RunSubcommand(const Options& o, CBatchTaskList& tasks, AcDbDatabase* db, Jso
     return 0;
   }
   if (o.sub == "new-task") {
-    CInputNameDlg dlg;
-    dlg.m_strName = args[0];
-    if (auto refused = dlg.OnOK()) return Usage(*refused);
+    if (auto refused = NameRefused(args[0])) return Usage(*refused);
     CBatchTaskInfo task;
-    task.m_strName = dlg.m_strName;
+    task.m_strName = args[0];
     tasks.push_back(task);
     j.key("task").value(task.m_strName).key("number").value(static_cast<int>(tasks.size()));
     Say(o, "task " + task.m_strName + " added (number " + std::to_string(tasks.size()) + ")");

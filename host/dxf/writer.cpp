@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -71,8 +72,27 @@ class Writer {
     const int n = std::snprintf(buf, sizeof buf, "%3d", code);
     m_out.append(buf, static_cast<std::size_t>(n));
     m_out += m_eol;
-    m_out += value;
+    appendValue(value);
     m_out += m_eol;
+  }
+  // A line break in a value would end its line and shift every tag after
+  // it: control characters other than the tab are written in caret
+  // notation (a line feed as ^J), as binary files read as text show them.
+  void appendValue(std::string_view value) {
+    const auto control = [](char c) { return static_cast<unsigned char>(c) < 0x20 && c != '\t'; };
+    if (std::none_of(value.begin(), value.end(), control)) {
+      m_out += value;
+      return;
+    }
+    ++m_escapedValues;
+    for (const char c : value) {
+      if (control(c)) {
+        m_out += '^';
+        m_out += static_cast<char>(c + 0x40);
+      } else {
+        m_out += c;
+      }
+    }
   }
   void tags(const TagList& list) {
     for (const auto& [code, value] : list) {
@@ -116,6 +136,7 @@ class Writer {
   std::uint64_t m_nextHandle = 1;
   std::string m_page;        // $DWGCODEPAGE written (files before R2007)
   std::string m_wantedPage;  // the code page asked for; empty: chosen
+  std::size_t m_escapedValues = 0;
 };
 
 namespace {
@@ -395,6 +416,9 @@ bool Writer::run(std::string& out) {
     if (lost) m_diag.warn(std::to_string(lost) + " dictionaries and records cannot be held by R12 files and were left out");
   }
   tag(0, "EOF");
+  if (m_escapedValues > 0)
+    m_diag.warn(std::to_string(m_escapedValues) +
+                " text values held line breaks or other control characters, written in caret notation (^J)");
   // The header comes first but is written last: it names the handle seed
   // that writing the body may have moved.
   std::string body = std::move(m_out);

@@ -154,6 +154,7 @@ def usage_and_file_errors():
     r = batch_json(SHEET, "tasks")
     assert r["tasks"] == [], r
     assert "名称不能为空" in batch(SHEET, "new-task", "", "-o", path("x.dxf"), code=2).stderr
+    assert "line break" in batch(SHEET, "new-task", "a\nb", "-o", path("x.dxf"), code=2).stderr
     batch(SHEET, "new-task", "X", code=2)  # no -o: the input is never changed silently
     batch(SHEET, "run", "nope", "-o", path("x.dxf"), code=2)
     batch(state["sheet"], "delete-tool", "铣刀组", "T-9999", "-o", path("x.dxf"), code=2)

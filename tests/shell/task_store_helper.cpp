@@ -1,6 +1,7 @@
 // Test helper for the drawing-file tests of the batch task store.
-//   task_store_helper write OUT.dxf VERSION  a drawing with lines and a task
-//       store saved into it; prints the tasks as JSON
+//   task_store_helper write OUT.dxf VERSION [NAME]  a drawing with lines and a
+//       task store saved into it (with NAME, a fourth task of that name);
+//       prints the tasks as JSON
 //   task_store_helper dump IN.dxf [OUT.dxf]  loads the drawing's task store
 //       and prints it and the command-line messages as JSON; with OUT.dxf
 //       also saves the store and writes the drawing there
@@ -15,12 +16,16 @@
 
 namespace {
 
-int write(const std::string& path, const std::string& version) {
+int write(const std::string& path, const std::string& version, const char* extraTask) {
   host::dxf::DxfDrawing drawing;
   drawing.database = std::make_unique<AcDbDatabase>();
   AcDbDatabase& db = *drawing.database;
   CBatchTaskList& tasks = *CKnifeDiagramFactory::Instance().GetTaskStore(&db);
   tasks = SampleTasks(db);
+  if (extraTask) {
+    tasks.emplace_back();
+    tasks.back().m_strName = extraTask;
+  }
   if (!CKnifeDiagramFactory::Instance().SaveTaskStore(&db)) return 1;
   host::dxf::Diagnostics diag;
   if (!host::dxf::writeDxfFile(path, drawing, {version}, diag)) {
@@ -61,7 +66,7 @@ int dump(const std::string& in, const std::string& out) {
 
 int main(int argc, char** argv) {
   const std::string cmd = argc > 1 ? argv[1] : "";
-  if (cmd == "write" && argc == 4) return write(argv[2], argv[3]);
+  if (cmd == "write" && (argc == 4 || argc == 5)) return write(argv[2], argv[3], argc == 5 ? argv[4] : nullptr);
   if (cmd == "dump" && (argc == 3 || argc == 4)) return dump(argv[2], argc == 4 ? argv[3] : "");
   std::fprintf(stderr, "usage: task_store_helper write OUT.dxf VERSION | dump IN.dxf [OUT.dxf]\n");
   return 2;

@@ -10,7 +10,9 @@
   another program's data) load as an empty list with a warning, and saving
   leaves the rest of the drawing byte-identical;
 - references to entities that no longer exist are dropped, each with a
-  warning.
+  warning;
+- a name with line breaks does not break the file: they are written in
+  caret notation (^J) and read back so.
 
 usage: test_task_store_dxf.py TASK_STORE_HELPER
 """
@@ -223,12 +225,29 @@ def dangling():
     check(got["tasks"][0]["params"]["axis_dir"] == 1, f"dangling: the rest of the task loads: {got['tasks']}")
 
 
+def line_breaks():
+    name = "行一\n行二\r\n\x01"
+    for version in ("R2000", "R2018"):
+        path = os.path.join(TMP, f"breaks-{version}.dxf")
+        written = helper("write", path, version, name)
+        doc = ezdxf.readfile(path)
+        auditor = doc.audit()
+        check(not auditor.has_errors, f"breaks {version}: ezdxf audit errors {[str(e) for e in auditor.errors]}")
+        for t in written["tasks"]:
+            t["name"] = t["name"].replace("\n", "^J").replace("\r", "^M").replace("\x01", "^A")
+        check(same_tags(record_tags(doc), expected_tags(written["tasks"])),
+              f"breaks {version}: the record as written, the name in caret notation: {record_tags(doc)[-10:]}")
+        back = helper("dump", path)
+        check(back["tasks"] == written["tasks"] and back["messages"] == "", f"breaks {version}: loads back: {back}")
+
+
 def main():
     for version in ("R2000", "R2018"):
         round_trip(version)
     version_one()
     damaged()
     dangling()
+    line_breaks()
     print(f"{passed} passed, {len(failures)} failed")
     return 1 if failures else 0
 
