@@ -8,7 +8,6 @@
 #include "host/ed/editor_input.h"
 #include "shell/knife_diagram_factory.h"
 #include "ui/batch_tasks.h"
-#include "ui/module_dialog.h"
 #include "ui/single_outline_run.h"
 
 const char* const kSelectTaskData = "请选择任务数据";
@@ -384,5 +383,3 @@ void CBulkGenEncircleLineDlg::OnEraseOutline() {
   acedUpdateDisplay();
   Changed();
 }
-
-void ShowBatchDialog() { ShowModuleDialog<CBulkGenEncircleLineDlg>(); }

@@ -128,9 +128,6 @@ class CBulkGenEncircleLineDlg : public host::ed::ModelessDialog {
   int m_refreshCount = 0;
 };
 
-// The module's batch dialog: made on first show, then re-centred and shown.
-void ShowBatchDialog();
-
 extern const char* const kSelectTaskData;      // "请选择任务数据"
 extern const char* const kSelectOneTask;       // "请选择一条任务数据"
 extern const char* const kSelectToolData;      // "请选择刀具数据"

@@ -17,6 +17,7 @@
 #include "shell/knife_diagram_factory.h"
 #include "shell/task_store.h"
 #include "ui/bulk_gen_encircle_line_dlg.h"
+#include "ui/module_dialog.h"
 #include "util/entity_utils.h"
 
 namespace {
@@ -265,10 +266,10 @@ TEST_F(BatchDialog, HighlightingAndDeleting) {
 }
 
 TEST_F(BatchDialog, TheModuleDialogAsksOnTheCommandLineWithoutAWindow) {
-  ShowBatchDialog();
-  CBulkGenEncircleLineDlg* dlg = CBulkGenEncircleLineDlg::ModulePointer();
+  CBulkGenEncircleLineDlg* dlg = ShowModuleDialog<CBulkGenEncircleLineDlg>();
   ASSERT_NE(dlg, nullptr);
-  ShowBatchDialog();  // the same dialog, shown again
+  EXPECT_EQ(CBulkGenEncircleLineDlg::ModulePointer(), dlg);
+  ShowModuleDialog<CBulkGenEncircleLineDlg>();  // the same dialog, shown again
   EXPECT_EQ(CBulkGenEncircleLineDlg::ModulePointer(), dlg);
   const auto window = host::ed::headlessDialogService().liveWindow(CBulkGenEncircleLineDlg::IDD);
   ASSERT_TRUE(window);
