@@ -30,8 +30,10 @@ AcRxDictionary* acrxSysRegistry() {
 }
 
 AcRxDynamicLinker* acrxDynamicLinkerPtr() {
-  static AcRxDynamicLinker linker;
-  return &linker;
+  // Lives until the process ends, as the modules it loaded do: a module's
+  // code and its record stay in use until exit.
+  static AcRxDynamicLinker* linker = new AcRxDynamicLinker;
+  return linker;
 }
 
 AcRxDynamicLinker::Module* AcRxDynamicLinker::find(void* appId) {
