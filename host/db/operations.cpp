@@ -6,6 +6,46 @@ namespace host {
 
 namespace {
 bool finitePoint(const AcGePoint3d& p) { return isFinite(p); }
+
+// A write opening for the host's own edits whose effect is known in
+// advance (appending to a block, erasing): the same checks as
+// acdbOpenAcDbObject, but the object's state is not remembered for the
+// unchanged-on-close test, which the caller settles itself. Closes on
+// leaving the scope.
+class KnownEdit {
+ public:
+  Acad::ErrorStatus open(AcDbObjectId id, const AcRxClass* cls = nullptr) {
+    if (id.isNull()) return Acad::eNullObjectId;
+    AcDbDatabase* db = id.database();
+    AcDbDatabase::Slot* s = db ? db->slot(id) : nullptr;
+    if (!s) return Acad::eWrongDatabase;
+    if (!db->objectAt(id)) return Acad::eNullObjectPointer;
+    if (s->erased) return Acad::eWasErased;
+    if (cls && !s->object->isKindOf(cls)) return Acad::eNotThatKindOfClass;
+    if (s->writer) return Acad::eWasOpenForWrite;
+    if (s->readers > 0) return Acad::eWasOpenForRead;
+    s->writer = true;
+    m_db = db;
+    m_slot = s;
+    return Acad::eOk;
+  }
+  AcDbObject* object() const { return m_slot->object; }
+  // Ends the opening; a changed object is marked and its change told.
+  void close(bool changed) {
+    if (!m_slot) return;
+    m_slot->writer = false;
+    if (changed) {
+      m_slot->modified = true;
+      m_db->notifyModified(m_slot->object);
+    }
+    m_slot = nullptr;
+  }
+  ~KnownEdit() { close(false); }
+
+ private:
+  AcDbDatabase* m_db = nullptr;
+  AcDbDatabase::Slot* m_slot = nullptr;
+};
 }  // namespace
 
 bool hasFiniteGeometry(const AcDbEntity* e) {
@@ -55,34 +95,37 @@ Acad::ErrorStatus appendEntity(AcDbDatabase* db, AcDbEntity* entity, AcDbObjectI
     delete entity;
     return db ? Acad::eInvalidInput : Acad::eNoDatabase;
   }
-  AcDbBlockTableRecord* block = nullptr;
+  // The block's list of entities grows by one: a change of the block.
+  KnownEdit edit;
   const Acad::ErrorStatus es =
-      acdbOpenObject(block, blockId.isNull() ? db->modelSpaceId() : blockId, AcDb::kForWrite);
+      edit.open(blockId.isNull() ? db->modelSpaceId() : blockId, AcDbBlockTableRecord::desc());
   if (es != Acad::eOk) {
     delete entity;
     return es;
   }
-  const Acad::ErrorStatus added = block->appendAcDbEntity(id, entity);
+  const Acad::ErrorStatus added = static_cast<AcDbBlockTableRecord*>(edit.object())->appendAcDbEntity(id, entity);
   if (added == Acad::eOk) entity->close();
   else delete entity;
-  block->close();
+  edit.close(added == Acad::eOk);
   return added;
 }
 
 Acad::ErrorStatus eraseObject(AcDbObjectId id) {
   if (id.isNull()) return Acad::eOk;
   if (id.isErased()) return Acad::eOk;
-  AcDbObject* obj = nullptr;
-  if (const auto es = acdbOpenAcDbObject(obj, id, AcDb::kForWrite); es != Acad::eOk) return es;
-  if (auto* group = AcDbGroup::cast(obj)) {
+  // Erasing tells the reactors itself and changes nothing else: the
+  // opening closes as unchanged.
+  KnownEdit edit;
+  if (const auto es = edit.open(id); es != Acad::eOk) return es;
+  if (auto* group = AcDbGroup::cast(edit.object())) {
     AcDbObjectIdArray members;
     group->allEntityIds(members);
-    group->close();
+    edit.close(false);
     for (const AcDbObjectId member : members) eraseObject(member);
     return Acad::eOk;
   }
-  const Acad::ErrorStatus es = obj->erase();
-  obj->close();
+  const Acad::ErrorStatus es = edit.object()->erase();
+  edit.close(false);
   return es;
 }
 
