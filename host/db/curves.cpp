@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 #include "host/db/setter.h"
 #include "host/ge/circ_arc3d.h"
@@ -79,21 +80,25 @@ void addCurveExtents(const AcGeCurve3d& curve, AcDbExtents& extents, int steps) 
   extents.addPoint(curve.evalPoint(b));
   if (!(b > a)) return;
   // Extremes of each coordinate lie where its derivative changes sign;
-  // find every sign change on a fine grid and refine it by bisection.
+  // find every sign change on a fine grid and refine it by bisection. The
+  // derivative at each grid point serves all three coordinates.
   const int kSteps = std::max(steps, 8);
-  auto component = [&](double t, int k) {
-    const AcGeVector3d d = curve.evalDeriv(t);
-    return k == 0 ? d.x : k == 1 ? d.y : d.z;
-  };
+  std::vector<double> grid(static_cast<std::size_t>(kSteps) + 1);
+  std::vector<AcGeVector3d> derivs(grid.size());
+  for (int i = 0; i <= kSteps; ++i) {
+    grid[i] = i == 0 ? a : i == kSteps ? b : a + (b - a) * i / kSteps;
+    derivs[i] = curve.evalDeriv(grid[i]);
+  }
+  auto component = [](const AcGeVector3d& d, int k) { return k == 0 ? d.x : k == 1 ? d.y : d.z; };
   for (int k = 0; k < 3; ++k) {
-    double t0 = a, f0 = component(a, k);
+    double t0 = a, f0 = component(derivs[0], k);
     for (int i = 1; i <= kSteps; ++i) {
-      const double t1 = i == kSteps ? b : a + (b - a) * i / kSteps;
-      const double f1 = component(t1, k);
+      const double t1 = grid[i];
+      const double f1 = component(derivs[i], k);
       if ((f0 < 0 && f1 > 0) || (f0 > 0 && f1 < 0)) {
         double lo = t0, hi = t1, flo = f0;
         for (int it = 0; it < 80 && hi - lo > 1e-16 * std::max(1.0, std::fabs(lo)); ++it) {
-          const double mid = (lo + hi) / 2, fm = component(mid, k);
+          const double mid = (lo + hi) / 2, fm = component(curve.evalDeriv(mid), k);
           if ((fm < 0) == (flo < 0)) {
             lo = mid;
             flo = fm;
@@ -515,6 +520,7 @@ Acad::ErrorStatus AcDbSpline::setNurbsData(int degree, bool rational, bool close
   m_ctrl = controlPoints;
   m_knots = knots;
   m_weights = weights;
+  m_extents.reset();
   return Acad::eOk;
 }
 
@@ -527,6 +533,7 @@ Acad::ErrorStatus AcDbSpline::setFitData(const AcGePoint3dArray& fitPoints, cons
   m_startTangent = startTangent;
   m_endTangent = endTangent;
   m_fitTol = fitTolerance;
+  m_extents.reset();
   return Acad::eOk;
 }
 
@@ -543,10 +550,14 @@ std::unique_ptr<AcGeCurve3d> AcDbSpline::geCurve() const {
 }
 
 Acad::ErrorStatus AcDbSpline::getGeomExtents(AcDbExtents& extents) const {
-  const auto c = geCurve();
-  if (!c) return Acad::eInvalidExtents;
-  extents = AcDbExtents();
-  host::addCurveExtents(*c, extents, 16 * (m_ctrl.length() + m_fit.length() + 4));
+  if (!m_extents) {
+    const auto c = geCurve();
+    if (!c) return Acad::eInvalidExtents;
+    AcDbExtents box;
+    host::addCurveExtents(*c, box, 16 * (m_ctrl.length() + m_fit.length() + 4));
+    m_extents = box;
+  }
+  extents = *m_extents;
   return Acad::eOk;
 }
 
@@ -554,6 +565,7 @@ Acad::ErrorStatus AcDbSpline::transformBy(const AcGeMatrix3d& xform) {
   if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
   for (auto& p : m_ctrl) p.transformBy(xform);
   for (auto& p : m_fit) p.transformBy(xform);
+  m_extents.reset();
   m_startTangent.transformBy(xform);
   m_endTangent.transformBy(xform);
   AcGeVector3d n = m_normal;

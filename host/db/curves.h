@@ -1,6 +1,7 @@
 #pragma once
 // Curve entities: the curve interface, lines, arcs, circles, ellipses, splines.
 #include <memory>
+#include <optional>
 
 #include "host/db/entity.h"
 #include "host/ge/curve3d.h"
@@ -204,6 +205,9 @@ class AcDbSpline : public AcDbCurve {
   AcGeVector3d m_startTangent, m_endTangent;
   AcGeVector3d m_normal = AcGeVector3d::kZAxis;
   double m_fitTol = 0;
+  // The extents, worked out on first demand (a numerical search) and kept
+  // until the curve changes: selections ask for them again and again.
+  mutable std::optional<AcDbExtents> m_extents;
 };
 
 namespace host {

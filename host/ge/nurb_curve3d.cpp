@@ -11,9 +11,10 @@ AcGeNurbCurve3d::AcGeNurbCurve3d(int degree, const AcGeDoubleArray& knots,
   bool allOne = true;
   for (double w : m_weights) allOne = allOne && w == 1.0;
   if (allOne) m_weights.removeAll();
+  m_valid = checkValid();
 }
 
-bool AcGeNurbCurve3d::isValid() const {
+bool AcGeNurbCurve3d::checkValid() const {
   const int n = m_ctrl.length();
   if (m_degree < 1 || n < m_degree + 1) return false;
   if (m_knots.length() != n + m_degree + 1) return false;
@@ -65,32 +66,46 @@ void AcGeNurbCurve3d::eval(double t, AcGePoint3d& point, AcGeVector3d& deriv) co
   const int p = m_degree;
   const int span = findSpan(t);
   // Basis functions and their first derivatives (the triangular scheme).
-  std::vector<double> left(p + 1), right(p + 1);
-  std::vector<std::vector<double>> ndu(p + 1, std::vector<double>(p + 1));
-  ndu[0][0] = 1.0;
+  // The rows live on the stack for the usual degrees: curves are evaluated
+  // thousands of times in a row (sampling, extents, lengths).
+  const std::size_t w1 = static_cast<std::size_t>(p) + 1;
+  constexpr std::size_t kStack = 8;
+  double stack[4 * kStack + kStack * kStack] = {};
+  std::vector<double> heap;
+  double* rows = stack;
+  if (w1 > kStack) {
+    heap.assign(4 * w1 + w1 * w1, 0.0);
+    rows = heap.data();
+  }
+  double* const left = rows;
+  double* const right = left + w1;
+  double* const n0 = right + w1;
+  double* const n1 = n0 + w1;
+  double* const table = n1 + w1;  // (p+1) x (p+1), by rows
+  auto ndu = [&](int row, int col) -> double& { return table[static_cast<std::size_t>(row) * w1 + col]; };
+  ndu(0, 0) = 1.0;
   for (int j = 1; j <= p; ++j) {
     left[j] = t - m_knots[span + 1 - j];
     right[j] = m_knots[span + j] - t;
     double saved = 0.0;
     for (int r = 0; r < j; ++r) {
-      ndu[j][r] = right[r + 1] + left[j - r];
-      const double tmp = ndu[j][r] != 0 ? ndu[r][j - 1] / ndu[j][r] : 0.0;
-      ndu[r][j] = saved + right[r + 1] * tmp;
+      ndu(j, r) = right[r + 1] + left[j - r];
+      const double tmp = ndu(j, r) != 0 ? ndu(r, j - 1) / ndu(j, r) : 0.0;
+      ndu(r, j) = saved + right[r + 1] * tmp;
       saved = left[j - r] * tmp;
     }
-    ndu[j][j] = saved;
+    ndu(j, j) = saved;
   }
-  std::vector<double> n0(p + 1), n1(p + 1);
-  for (int j = 0; j <= p; ++j) n0[j] = ndu[j][p];
+  for (int j = 0; j <= p; ++j) n0[j] = ndu(j, p);
   for (int r = 0; r <= p; ++r) {
     double d = 0;
     if (r >= 1) {
-      const double den = ndu[p][r - 1];
-      if (den != 0) d += ndu[r - 1][p - 1] / den;
+      const double den = ndu(p, r - 1);
+      if (den != 0) d += ndu(r - 1, p - 1) / den;
     }
     if (r <= p - 1) {
-      const double den = ndu[p][r];
-      if (den != 0) d -= ndu[r][p - 1] / den;
+      const double den = ndu(p, r);
+      if (den != 0) d -= ndu(r, p - 1) / den;
     }
     n1[r] = d * p;
   }

@@ -24,7 +24,7 @@ class AcGeNurbCurve3d : public AcGeCurve3d {
   bool isRational() const { return !m_weights.isEmpty(); }
   bool isPeriodic() const { return m_periodic; }
   // A curve is usable when its arrays agree in size and it has at least one span.
-  bool isValid() const;
+  bool isValid() const { return m_valid; }
 
   void getInterval(AcGeInterval& interval) const override;
   AcGePoint3d evalPoint(double t) const override;
@@ -34,6 +34,7 @@ class AcGeNurbCurve3d : public AcGeCurve3d {
   void breakParams(AcGeDoubleArray& params) const override;
 
  private:
+  bool checkValid() const;
   int findSpan(double t) const;
   // Point and first derivative at t.
   void eval(double t, AcGePoint3d& point, AcGeVector3d& deriv) const;
@@ -43,4 +44,5 @@ class AcGeNurbCurve3d : public AcGeCurve3d {
   AcGePoint3dArray m_ctrl;
   AcGeDoubleArray m_weights;
   bool m_periodic = false;
+  bool m_valid = false;  // the data never changes after construction
 };
