@@ -5,9 +5,11 @@
 // and in total for the plain loops and for the engine's indexed stages side
 // by side (the plain ones only where they finish within a minute), the peak
 // memory of each run, and the end-to-end time of `envline outline` (read,
-// compute, write) on the drawing written as DXF.
+// compute, write) on the drawing written as DXF, with the exact method and
+// with the robust one; with --before, the exact method of another envline
+// (an older build) beside it, stopped after the limit.
 //
-//   engine_scale_bench [--envline PATH] [--plain-limit SECONDS] [--quick]
+//   engine_scale_bench [--envline PATH] [--before PATH] [--plain-limit SECONDS] [--quick]
 //
 // Each run is a child process of its own, so that its peak memory is its
 // own and a plain run past the limit can be stopped.
@@ -154,6 +156,7 @@ Result Spawn(const std::string& self, const std::vector<std::string>& args, int 
 int main(int argc, char** argv) {
   const std::string self = std::filesystem::canonical("/proc/self/exe").string();
   std::string envline = (std::filesystem::path(self).parent_path().parent_path() / "app/cli/envline").string();
+  std::string before;
   int plainLimit = 60;
   bool quick = false;
   for (int i = 1; i < argc; ++i) {
@@ -167,10 +170,12 @@ int main(int argc, char** argv) {
       return 2;
     }
     if (a == "--envline" && i + 1 < argc) envline = argv[++i];
+    else if (a == "--before" && i + 1 < argc) before = argv[++i];
     else if (a == "--plain-limit" && i + 1 < argc) plainLimit = std::atoi(argv[++i]);
     else if (a == "--quick") quick = true;
     else {
-      std::fprintf(stderr, "usage: engine_scale_bench [--envline PATH] [--plain-limit SECONDS] [--quick]\n");
+      std::fprintf(stderr,
+                   "usage: engine_scale_bench [--envline PATH] [--before PATH] [--plain-limit SECONDS] [--quick]\n");
       return 2;
     }
   }
@@ -185,8 +190,12 @@ int main(int argc, char** argv) {
   // Seconds are the engine's own wall clock (from the selection to the
   // outline, drawing the tool not counted); "cpu" is the processor time of
   // the whole child, which a loaded machine inflates less.
-  std::printf("%-11s %8s %9s | %9s %8s | %9s %8s %8s | %7s | %9s %8s\n", "drawing", "entities", "slab recs", "plain s",
-              "plain MB", "index s", "index MB", "cpu s", "ratio", "e2e s", "e2e cpu");
+  // e2e: `envline outline` from the file to the written drawing, wall
+  // clock and processor seconds, exact method (x) and robust (r); "before"
+  // is the exact method of the --before binary.
+  std::printf("%-11s %8s %9s | %9s %8s | %9s %8s %8s | %7s | %9s %8s | %9s %8s | %9s %8s\n", "drawing", "entities",
+              "slab recs", "plain s", "plain MB", "index s", "index MB", "cpu s", "ratio", "x e2e s", "x cpu",
+              "r e2e s", "r cpu", "before s", "bef cpu");
   std::vector<std::pair<std::string, Result>> details;
   for (const Case& c : cases) {
     const std::string f = std::to_string(c.flutes), t = std::to_string(c.tools);
@@ -195,16 +204,22 @@ int main(int argc, char** argv) {
     Result plain = Spawn(self, {"--child", "plain", f, t}, plainLimit);
     const std::string file = (dir / (std::to_string(c.flutes) + "_" + t + ".dxf")).string();
     const Result written = Spawn(self, {"--child", "write", f, t, file}, 0);
-    Result e2e;
-    if (written.done)
-      e2e = Spawn(envline, {"outline", file, "-o", file + ".out.dxf", "--window", written.values.at("window"),
-                            "--centre", written.values.at("centre")},
-                  0);
+    Result e2e, exact, earlier;
+    auto outline = [&](const std::string& program, const char* method, int limit) {
+      return Spawn(program, {"outline", file, "-o", file + ".out.dxf", "--window", written.values.at("window"),
+                             "--centre", written.values.at("centre"), "--method", method},
+                   limit);
+    };
+    if (written.done) {
+      exact = outline(envline, "exact", 0);
+      e2e = outline(envline, "robust", 0);
+      if (!before.empty()) earlier = outline(before, "exact", plainLimit);
+    }
     auto value = [](const Result& r, const char* key) {
       auto it = r.values.find(key);
       return it == r.values.end() ? std::string("-") : it->second;
     };
-    char plainS[32], plainMb[32], ratio[32], e2eS[32];
+    char plainS[32], plainMb[32], ratio[32], e2eS[32], exactS[32], beforeS[32], beforeCpu[32];
     if (plain.done) std::snprintf(plainS, sizeof plainS, "%s", value(plain, "total").c_str());
     else std::snprintf(plainS, sizeof plainS, "> %d", plainLimit);
     if (plain.done) std::snprintf(plainMb, sizeof plainMb, "%.0f", plain.peakMb);
@@ -217,9 +232,16 @@ int main(int argc, char** argv) {
                             .c_str()
                       : "-");
     std::snprintf(e2eS, sizeof e2eS, e2e.done ? "%.3f" : "failed", e2e.seconds);
-    std::printf("%-11s %8s %9s | %9s %8s | %9s %8.0f %8.2f | %7s | %9s %8.2f\n", c.name.c_str(),
+    std::snprintf(exactS, sizeof exactS, exact.done ? "%.3f" : "failed", exact.seconds);
+    if (before.empty()) std::snprintf(beforeS, sizeof beforeS, "-");
+    else if (earlier.done) std::snprintf(beforeS, sizeof beforeS, "%.3f", earlier.seconds);
+    else std::snprintf(beforeS, sizeof beforeS, "> %d", plainLimit);
+    if (earlier.done) std::snprintf(beforeCpu, sizeof beforeCpu, "%.2f", earlier.cpu);
+    else std::snprintf(beforeCpu, sizeof beforeCpu, "-");
+    std::printf("%-11s %8s %9s | %9s %8s | %9s %8.0f %8.2f | %7s | %9s %8.2f | %9s %8.2f | %9s %8s\n", c.name.c_str(),
                 value(fast, "entities").c_str(), value(fast, "slab_records").c_str(), plainS, plainMb,
-                value(fast, "total").c_str(), fast.peakMb, fast.cpu, ratio, e2eS, e2e.cpu);
+                value(fast, "total").c_str(), fast.peakMb, fast.cpu, ratio, exactS, exact.cpu, e2eS, e2e.cpu, beforeS,
+                beforeCpu);
     std::fflush(stdout);
     details.emplace_back(c.name + " indexed", fast);
     if (plain.done) details.emplace_back(c.name + " plain", plain);
