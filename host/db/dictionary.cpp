@@ -103,3 +103,9 @@ Acad::ErrorStatus AcDbGroup::allEntityIds(AcDbObjectIdArray& ids) const {
     if (!id.isErased()) ids.append(id);
   return Acad::eOk;
 }
+
+Acad::ErrorStatus AcDbGenericObject::setData(Tags data) {
+  if (const auto es = assertWriteEnabled(); es != Acad::eOk) return es;
+  m_data = std::move(data);
+  return Acad::eOk;
+}

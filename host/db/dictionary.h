@@ -1,5 +1,8 @@
 #pragma once
 // Dictionaries, extended records and groups.
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "host/db/object.h"
@@ -89,6 +92,14 @@ class AcDbGenericObject : public AcDbObject {
   const std::string& dxfName() const { return m_dxfName; }
   AcDbObject* cloneObject() const override { return new AcDbGenericObject(*this); }
 
+  // The object's own tags (subclass markers and values, from the first
+  // marker to the extended data) once the host has changed them; until then
+  // they are the text the object was read from.
+  using Tags = std::vector<std::pair<int, std::string>>;
+  const std::optional<Tags>& data() const { return m_data; }
+  Acad::ErrorStatus setData(Tags data);
+
  private:
   std::string m_dxfName;
+  std::optional<Tags> m_data;
 };

@@ -699,6 +699,8 @@ bool encodeObject(const AcDbObject& obj, TagList& list, WriteContext& ctx) {
     for (AcDbObjectId m : members) o.s(340, handleText(m));
   } else if (const auto* go = AcDbGenericObject::cast(&obj)) {
     head(o, go->dxfName(), obj, ctx);
+    if (go->data())
+      for (const auto& [code, value] : *go->data()) o.s(code, value);
   } else {
     return false;
   }

@@ -177,7 +177,9 @@ void Writer::object(AcDbObjectId id) {
     TagList list;
     if (encodeObject(*s->object, list, m_ctx)) {
       const std::string_view original = m_useSpans ? m_db.originalSource(id) : std::string_view();
-      mergeUnmodelled(original, list);
+      // A kept object whose data the host changed holds all of them.
+      const auto* generic = AcDbGenericObject::cast(s->object);
+      if (!generic || !generic->data()) mergeUnmodelled(original, list);
       if (kept && fromOldForm() && kept->dxfName() == "SHAPE")
         carryOldFormTags(m_db.originalSource(id), "AcDbShape", list);
       tags(list);

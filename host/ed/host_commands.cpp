@@ -3,10 +3,12 @@
 #include "host/ed/host_commands.h"
 
 #include <filesystem>
+#include <set>
 
 #include "host/base/strings.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
+#include "host/dxf/kept_references.h"
 #include "host/ed/command_line.h"
 #include "host/ed/command_stack.h"
 #include "host/ed/document.h"
@@ -312,7 +314,14 @@ int removeConstraints(AcDbDatabase* db, const AcDbObjectIdArray& entities, bool 
     e->extras().persistentReactors = kept;
   }
   int n = 0;
-  for (const AcDbObjectId id : doomed) n += host::eraseObject(id) == Acad::eOk;
+  std::set<std::string> gone;
+  for (const AcDbObjectId id : doomed)
+    if (host::eraseObject(id) == Acad::eOk) {
+      ++n;
+      gone.insert(id.handle().toHex());
+    }
+  // The association network and other kept objects stop naming them.
+  host::dxf::dropKeptReferences(*db, gone);
   return n;
 }
 

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
@@ -101,6 +103,51 @@ TEST(HostCommands, FailuresAreReportedAndZoomFollowsTheWindow) {
   EXPECT_DOUBLE_EQ(view.height(), 50);
   acDocManager->closeDocument(acDocManager->curDocument());
   commandLine().setInput(nullptr);
+}
+
+// A line tied to a constraint group through a dependency, the group listed
+// by the drawing's association network: DELCONSTRAINT removes group and
+// dependency, and the saved drawing names neither (the network's list and
+// count lose the group, the line's reactors the dependency).
+TEST(HostCommands, DelConstraintLeavesNoReferenceToWhatItRemoved) {
+  auto tags = [](std::initializer_list<const char*> items) {
+    std::string text;
+    for (const char* t : items) text += std::string(t) + "\n";
+    return text;
+  };
+  const std::string dxf =
+      tags({"0", "SECTION", "2", "HEADER", "9", "$ACADVER", "1", "AC1015", "9", "$HANDSEED", "5", "F004", "0",
+            "ENDSEC", "0", "SECTION", "2", "ENTITIES", "0", "LINE", "5", "2F", "102", "{ACAD_REACTORS", "330",
+            "F003", "102", "}", "100", "AcDbEntity", "8", "0", "100", "AcDbLine", "10", "0", "20", "0", "30", "0",
+            "11", "10", "21", "0", "31", "0", "0", "ENDSEC", "0", "SECTION", "2", "OBJECTS", "0", "DICTIONARY",
+            "5", "C", "330", "0", "100", "AcDbDictionary", "3", "ACAD_ASSOCNETWORK", "350", "F001", "0",
+            "ACDBASSOCNETWORK", "5", "F001", "330", "C", "100", "AcDbAssocAction", "90", "2", "90", "0", "330",
+            "0", "360", "0", "90", "0", "90", "0", "90", "0", "90", "0", "100", "AcDbAssocNetwork", "90", "0",
+            "90", "1", "90", "1", "360", "F002", "90", "0", "0", "ACDBASSOC2DCONSTRAINTGROUP", "5", "F002", "330",
+            "F001", "100", "AcDbAssocAction", "90", "2", "90", "0", "330", "F001", "360", "F003", "100",
+            "AcDbAssoc2dConstraintGroup", "90", "0", "0", "ACDBASSOCGEOMDEPENDENCY", "5", "F003", "330", "F002",
+            "100", "AcDbAssocDependency", "90", "2", "330", "F002", "330", "2F", "0", "ENDSEC", "0", "EOF"});
+  const auto dir = std::filesystem::temp_directory_path() / "envline_host_commands";
+  std::filesystem::create_directories(dir);
+  const std::string in = (dir / "constrained.dxf").string(), out = (dir / "unconstrained.dxf").string();
+  std::ofstream(in) << dxf;
+  TextInput script({"OPEN", in, "DELCONSTRAINT", "A", "", "SAVEAS", out, "CLOSE"}, "t.scr");
+  commandLine().setInput(&script);
+  host::ed::takeMessages();
+  const bool ok = commandLine().runInput();
+  const std::string printed = host::ed::takeMessages();
+  commandLine().setInput(nullptr);
+  ASSERT_TRUE(ok) << printed;
+  EXPECT_NE(printed.find("2 constraint object(s) deleted."), std::string::npos) << printed;
+  std::stringstream saved;
+  saved << std::ifstream(out).rdbuf();
+  const std::string text = saved.str();
+  EXPECT_EQ(text.find("F002"), std::string::npos) << text;
+  EXPECT_EQ(text.find("F003"), std::string::npos) << text;
+  EXPECT_NE(text.find("AcDbAssocNetwork\n 90\n0\n 90\n1\n 90\n0\n 90\n0\n"), std::string::npos) << text;
+  host::dxf::DxfDrawing again;
+  host::dxf::Diagnostics diag;
+  EXPECT_TRUE(host::dxf::readDxfFile(out, again, diag)) << diag.error;
 }
 
 }  // namespace
