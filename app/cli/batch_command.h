@@ -7,12 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "app/cli/console.h"
 #include "app/cli/json.h"
 #include "ui/batch_tasks.h"
 
 namespace cli::batch {
 
 struct Options {
+  Console con;  // --json, --quiet, --verbose
   std::string input, output, sub, report, dir, name;
   bool inPlace = false, json = false, quiet = false, autoCentre = false, hasName = false;
   std::vector<std::string> positional;  // after the subcommand
@@ -24,8 +26,8 @@ struct Options {
   BatchExportOptions exportOptions;
 };
 
-// Prints a usage error; returns 2.
-int Usage(const std::string& message);
+// Reports a usage error (in JSON too with --json); returns 2.
+int Usage(const Options& o, const std::string& message);
 // Whether the subcommand changes the drawing (and so needs -o or --in-place).
 bool Changes(const Options& o);
 

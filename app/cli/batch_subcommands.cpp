@@ -36,13 +36,13 @@ int FindTask(const CBatchTaskList& tasks, const std::string& key) {
 }
 
 // The tasks named, or every task; false after reporting an unknown name.
-bool SelectTasks(CBatchTaskList& tasks, const std::vector<std::string>& keys, std::vector<CBatchTaskInfo*>& out) {
+bool SelectTasks(const Options& o, CBatchTaskList& tasks, const std::vector<std::string>& keys, std::vector<CBatchTaskInfo*>& out) {
   if (keys.empty())
     for (CBatchTaskInfo& t : tasks) out.push_back(&t);
   for (const std::string& key : keys) {
     const int i = FindTask(tasks, key);
     if (i < 0) {
-      Usage("no task is named '" + key + "'");
+      Usage(o, "no task is named '" + key + "'");
       return false;
     }
     out.push_back(&tasks[i]);
@@ -92,15 +92,15 @@ int AddTool(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j, s
       AcDbObjectPointer<AcDbEntity> ent;
       if (handle.isNull() || db->getAcDbObjectId(id, false, handle) != Acad::eOk ||
           ent.open(id, AcDb::kForRead) != Acad::eOk)
-        return Usage("no entity has the handle '" + h + "'");
+        return Usage(o, "no entity has the handle '" + h + "'");
       selection.append(id);
     }
   }
-  if (selection.isEmpty()) return Usage("the selection holds no entity; no tool is added");
+  if (selection.isEmpty()) return Usage(o, "the selection holds no entity; no tool is added");
   AcGePoint3d centre;
   if (o.autoCentre) {
     const CentreLineSearch found = FindCentreLine(selection);
-    if (!found.bFound) return Usage("cannot find the tool's axis: " + found.problem + "; give --centre X,Y");
+    if (!found.bFound) return Usage(o, "cannot find the tool's axis: " + found.problem + "; give --centre X,Y");
     const CVKRect box = SelectionBox(selection);
     centre = AcGePoint3d((box.m_ptMin.x + box.m_ptMax.x) / 2, found.dY, 0);
   } else {
@@ -108,7 +108,7 @@ int AddTool(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j, s
   }
   std::string name = o.name;
   if (o.hasName) {
-    if (auto refused = NameRefused(o.name)) return Usage("--name: " + *refused);
+    if (auto refused = NameRefused(o.name)) return Usage(o, "--name: " + *refused);
   } else {
     name = FrameToolNumber(selection);
     if (name.empty()) {
@@ -174,7 +174,7 @@ int Params(const Options& o, CBatchTaskInfo& task, Json& j) {
     if (const auto error = dlg.OnOK(texts)) {
       for (const auto& edit : CEncircleParaSetDlg::Edits())
         if (edit.nControl == error->nControl)
-          return Usage(std::string(edit.label) + " '" + texts[edit.nControl] + "': " + error->message);
+          return Usage(o, std::string(edit.label) + " '" + texts[edit.nControl] + "': " + error->message);
     }
     task.m_calInfo = dlg.m_info;
   }
@@ -186,13 +186,13 @@ int Params(const Options& o, CBatchTaskInfo& task, Json& j) {
 
 int RunOrExport(const Options& o, CBatchTaskList& tasks, Json& j) {
   std::vector<CBatchTaskInfo*> selected;
-  if (!SelectTasks(tasks, o.positional, selected)) return 2;
+  if (!SelectTasks(o, tasks, o.positional, selected)) return 2;
   const bool exporting = o.sub == "export";
   if (exporting) {
     std::error_code ec;
     std::filesystem::create_directories(o.dir, ec);
     if (!std::filesystem::is_directory(o.dir)) {
-      std::fprintf(stderr, "envline batch: %s: cannot make the folder\n", o.dir.c_str());
+      o.con.fail(1, o.dir + ": cannot make the folder");
       return 1;
     }
   }
@@ -232,7 +232,7 @@ int RunOrExport(const Options& o, CBatchTaskList& tasks, Json& j) {
   if (!o.report.empty()) {
     std::string error;
     if (!WriteBatchReport(o.report, ReportRows(selected, records), error)) {
-      std::fprintf(stderr, "envline batch: %s\n", error.c_str());
+      o.con.fail(1, error);
       return 1;
     }
     j.key("report").value(o.report);
@@ -252,7 +252,7 @@ int RunSubcommand(const Options& o, CBatchTaskList& tasks, AcDbDatabase* db, Jso
     return 0;
   }
   if (o.sub == "new-task") {
-    if (auto refused = NameRefused(args[0])) return Usage(*refused);
+    if (auto refused = NameRefused(args[0])) return Usage(o, *refused);
     CBatchTaskInfo task;
     task.m_strName = args[0];
     tasks.push_back(task);
@@ -263,7 +263,7 @@ int RunSubcommand(const Options& o, CBatchTaskList& tasks, AcDbDatabase* db, Jso
   if (o.sub == "run" || o.sub == "export") return RunOrExport(o, tasks, j);
   if (o.sub == "erase-outlines") {
     std::vector<CBatchTaskInfo*> selected;
-    if (!SelectTasks(tasks, args, selected)) return 2;
+    if (!SelectTasks(o, tasks, args, selected)) return 2;
     int erased = 0;
     for (CBatchTaskInfo* task : selected)
       for (CBatchToolInfo& tool : task->m_vecTools) {
@@ -275,7 +275,7 @@ int RunSubcommand(const Options& o, CBatchTaskList& tasks, AcDbDatabase* db, Jso
     return 0;
   }
   const int t = FindTask(tasks, args[0]);
-  if (t < 0) return Usage("no task is named '" + args[0] + "'");
+  if (t < 0) return Usage(o, "no task is named '" + args[0] + "'");
   CBatchTaskInfo& task = tasks[t];
   j.key("task").value(task.m_strName);
   if (o.sub == "add-tool") return AddTool(o, task, db, j, warnings);
@@ -291,7 +291,7 @@ int RunSubcommand(const Options& o, CBatchTaskList& tasks, AcDbDatabase* db, Jso
   // delete-tool
   auto& tools = task.m_vecTools;
   const int k = Find(tools, args[1], [](const CBatchToolInfo& tool) { return tool.m_strName; });
-  if (k < 0) return Usage("task " + task.m_strName + " has no tool named '" + args[1] + "'");
+  if (k < 0) return Usage(o, "task " + task.m_strName + " has no tool named '" + args[1] + "'");
   EraseToolOutline(tools[k]);
   j.key("tool").value(tools[k].m_strName);
   Say(o, "tool " + tools[k].m_strName + " deleted from " + task.m_strName);

@@ -1,5 +1,6 @@
 // envline batch: the batch tasks kept in a drawing, listed, edited, run and
 // exported from the command line with the batch dialog's rules.
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -19,10 +20,7 @@ using namespace batch;
 
 namespace batch {
 
-int Usage(const std::string& m) {
-  std::fprintf(stderr, "envline batch: %s\n(run 'envline batch --help' for the options)\n", m.c_str());
-  return 2;
-}
+int Usage(const Options& o, const std::string& m) { return o.con.usage(m); }
 
 bool Changes(const Options& o) {
   if (o.sub == "tasks") return false;
@@ -34,7 +32,7 @@ bool Changes(const Options& o) {
 
 namespace {
 const char* kHelp =
-    "usage: envline batch DRAWING.dxf SUBCOMMAND [ARGS] [-o OUT.dxf | --in-place] [--json] [--quiet]\n"
+    "usage: envline batch DRAWING.dxf SUBCOMMAND [ARGS] [-o OUT.dxf | --in-place] [--json] [--quiet] [--verbose]\n"
     "\n"
     "The batch tasks kept inside a drawing: each task has its outline parameters\n"
     "and a list of tools (entities and a centre point), with an execution and an\n"
@@ -63,11 +61,22 @@ const char* kHelp =
     "                                 for every subcommand that changes it)\n"
     "  --report FILE.xlsx|FILE.csv    run and export: a row per tool with its states,\n"
     "                                 outline, solid, files and time\n"
-    "  --json                         a machine-readable result on standard output\n"
-    "  --quiet                        no progress on standard error\n"
+    "  --json                         a machine-readable result on standard output (an\n"
+    "                                 error as an object with status, message, exit_code)\n"
+    "  --quiet                        no progress or warnings on standard error\n"
+    "  --verbose                      also reading and writing the drawing, with times\n"
     "\n"
+    "The drawing is written after a run or export also when some tools failed\n"
+    "(exit 3): it keeps their states (生成错误, 导出错误) for the next run.\n"
     "Exit codes: 0 every tool succeeded, 3 some failed, 2 bad usage or an unknown\n"
-    "task or tool, 1 unreadable input or unwritable output.\n";
+    "task or tool, 1 unreadable input or unwritable output.\n"
+    "\n"
+    "Examples:\n"
+    "  envline batch sheet.dxf new-task 铣刀 -o work.dxf\n"
+    "  envline batch work.dxf add-frames 铣刀 --in-place        one tool per tagged frame\n"
+    "  envline batch work.dxf run --in-place --report run.csv\n"
+    "  envline batch work.dxf export 铣刀 --dir solids --formats sat,step --in-place\n"
+    "  envline batch work.dxf tasks --json\n";
 
 std::optional<int> YesNo(const std::string& v) {
   if (v == "yes" || v == "1" || v == "true") return 1;
@@ -77,6 +86,7 @@ std::optional<int> YesNo(const std::string& v) {
 
 // Parses the arguments; returns 0 to go on, -1 after help, else the exit code.
 int Parse(const Args& args, Options& o) {
+  o.con = Console::scan("batch", args);
   const std::map<std::string, int> editFlags = {{"--point-tol", 1007}, {"--line-tol", 1022}, {"--fine-tol", 1024},
                                                 {"--step", 1023},      {"--break-length", 1026}};
   for (std::size_t i = 0; i < args.size(); ++i) {
@@ -88,67 +98,66 @@ int Parse(const Args& args, Options& o) {
       return -1;
     } else if (a == "-o" || a == "--output") {
       const std::string* s = value();
-      if (!s) return Usage("-o needs a file name");
+      if (!s) return Usage(o, "-o needs a file name");
       o.output = *s;
     } else if (a == "--in-place") {
       o.inPlace = true;
-    } else if (a == "--json") {
-      o.json = true;
-    } else if (a == "--quiet" || a == "-q") {
-      o.quiet = true;
+    } else if (Console::isFlag(a)) {
+      o.json = o.con.json;
+      o.quiet = o.con.quiet;
     } else if (a == "--report") {
       const std::string* s = value();
-      if (!s) return Usage("--report needs FILE.xlsx or FILE.csv");
+      if (!s) return Usage(o, "--report needs FILE.xlsx or FILE.csv");
       o.report = *s;
     } else if (a == "--window" || a == "--crossing") {
       const std::string* s = value();
-      if (!s || !SplitNumbers(*s, v, 4)) return Usage(a + " needs X1,Y1,X2,Y2");
+      if (!s || !SplitNumbers(*s, v, 4)) return Usage(o, a + " needs X1,Y1,X2,Y2");
       (a == "--window" ? o.window : o.crossing) = std::array<double, 4>{v[0], v[1], v[2], v[3]};
     } else if (a == "--handles") {
       const std::string* s = value();
-      if (!s) return Usage("--handles needs H1,H2,...");
+      if (!s) return Usage(o, "--handles needs H1,H2,...");
       o.handles = SplitList(*s);
     } else if (a == "--centre" || a == "--center") {
       const std::string* s = value();
       if (s && *s == "auto") o.autoCentre = true;
       else if (s && SplitNumbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
-      else return Usage("--centre needs X,Y or auto");
+      else return Usage(o, "--centre needs X,Y or auto");
     } else if (a == "--name") {
       const std::string* s = value();
-      if (!s) return Usage("--name needs a name");
+      if (!s) return Usage(o, "--name needs a name");
       o.name = *s;
       o.hasName = true;
     } else if (editFlags.count(a)) {
       const std::string* s = value();
-      if (!s) return Usage(a + " needs a number");
+      if (!s) return Usage(o, a + " needs a number");
       o.edits[editFlags.at(a)] = *s;
     } else if (a == "--side") {
       const std::string* s = value();
-      if (!s || (*s != "upper" && *s != "lower")) return Usage("--side is upper or lower");
+      if (!s || (*s != "upper" && *s != "lower")) return Usage(o, "--side is upper or lower");
       o.side = *s == "lower" ? 1 : 0;
     } else if (a == "--remove-dashed" || a == "--vertical-ends") {
       const std::string* s = value();
       const auto yes = s ? YesNo(*s) : std::nullopt;
-      if (!yes) return Usage(a + " is yes or no");
+      if (!yes) return Usage(o, a + " is yes or no");
       (a == "--remove-dashed" ? o.removeDashed : o.verticalEnds) = yes;
     } else if (a == "--dir") {
       const std::string* s = value();
-      if (!s) return Usage("--dir needs a folder");
+      if (!s) return Usage(o, "--dir needs a folder");
       o.dir = *s;
     } else if (a == "--formats") {
       const std::string* s = value();
-      if (!s) return Usage("--formats needs a list");
+      if (!s) return Usage(o, "--formats needs a list");
       o.exportOptions.formats.clear();
       for (const std::string& f : SplitList(*s)) {
-        if (f != "sat" && f != "step" && f != "stl") return Usage("unknown format '" + f + "' (sat, step, stl)");
+        if (f != "sat" && f != "step" && f != "stl") return Usage(o, "unknown format '" + f + "' (sat, step, stl)");
         o.exportOptions.formats.insert(f);
       }
     } else if (a == "--orient") {
       const std::string* s = value();
-      if (!s || (*s != "drawing" && *s != "z")) return Usage("--orient is drawing or z");
+      if (!s || (*s != "drawing" && *s != "z")) return Usage(o, "--orient is drawing or z");
       o.exportOptions.orientation = *s == "z" ? SolidOrientation::kAxisZ : SolidOrientation::kDrawing;
     } else if (!a.empty() && a[0] == '-' && a.size() > 1) {
-      return Usage("unknown option '" + a + "'");
+      return Usage(o, "unknown option '" + a + "'");
     } else if (o.input.empty()) {
       o.input = a;
     } else if (o.sub.empty()) {
@@ -159,30 +168,30 @@ int Parse(const Args& args, Options& o) {
   }
   static const std::set<std::string> kSubs = {"tasks", "new-task", "add-tool", "add-frames", "params", "run",
                                               "export", "delete-task", "delete-tool", "erase-outlines"};
-  if (o.input.empty()) return Usage("a drawing file is required");
-  if (o.sub.empty()) return Usage("a subcommand is required (tasks, new-task, add-tool, ...)");
-  if (!kSubs.count(o.sub)) return Usage("unknown subcommand '" + o.sub + "'");
-  if (!o.output.empty() && o.inPlace) return Usage("-o and --in-place exclude each other");
+  if (o.input.empty()) return Usage(o, "a drawing file is required");
+  if (o.sub.empty()) return Usage(o, "a subcommand is required (tasks, new-task, add-tool, ...)");
+  if (!kSubs.count(o.sub)) return Usage(o, "unknown subcommand '" + o.sub + "'");
+  if (!o.output.empty() && o.inPlace) return Usage(o, "-o and --in-place exclude each other");
   if (Changes(o) && o.output.empty() && !o.inPlace)
-    return Usage("'" + o.sub + "' changes the drawing: give -o OUT.dxf or --in-place");
+    return Usage(o, "'" + o.sub + "' changes the drawing: give -o OUT.dxf or --in-place");
   if (!o.inPlace && !o.output.empty() && SameFile(o.input, o.output))
-    return Usage("-o names the input drawing; give --in-place to write into it");
+    return Usage(o, "-o names the input drawing; give --in-place to write into it");
   if (o.inPlace) o.output = o.input;
   const std::size_t n = o.positional.size();
   const bool oneTask = o.sub == "new-task" || o.sub == "add-tool" || o.sub == "add-frames" || o.sub == "params" ||
                        o.sub == "delete-task";
-  if (oneTask && n != 1) return Usage("'" + o.sub + "' takes one task");
-  if (o.sub == "delete-tool" && n != 2) return Usage("'delete-tool' takes a task and a tool");
-  if (o.sub == "tasks" && n != 0) return Usage("'tasks' takes no arguments");
+  if (oneTask && n != 1) return Usage(o, "'" + o.sub + "' takes one task");
+  if (o.sub == "delete-tool" && n != 2) return Usage(o, "'delete-tool' takes a task and a tool");
+  if (o.sub == "tasks" && n != 0) return Usage(o, "'tasks' takes no arguments");
   if (o.sub == "add-tool") {
     if (int(o.window.has_value()) + int(o.crossing.has_value()) + int(!o.handles.empty()) != 1)
-      return Usage("add-tool needs one of --window, --crossing or --handles");
-    if (!o.centre && !o.autoCentre) return Usage("add-tool needs --centre X,Y or --centre auto");
+      return Usage(o, "add-tool needs one of --window, --crossing or --handles");
+    if (!o.centre && !o.autoCentre) return Usage(o, "add-tool needs --centre X,Y or --centre auto");
   }
-  if (o.sub == "export" && o.dir.empty()) return Usage("export needs --dir DIR");
-  if (!o.report.empty() && o.sub != "run" && o.sub != "export") return Usage("--report goes with run or export");
+  if (o.sub == "export" && o.dir.empty()) return Usage(o, "export needs --dir DIR");
+  if (!o.report.empty() && o.sub != "run" && o.sub != "export") return Usage(o, "--report goes with run or export");
   if (!o.report.empty() && SameFile(o.input, o.report))
-    return Usage("'" + o.report + "' is the input drawing; a report never overwrites it");
+    return Usage(o, "'" + o.report + "' is the input drawing; a report never overwrites it");
   o.exportOptions.folder = o.dir;
   return 0;
 }
@@ -194,10 +203,9 @@ int runBatch(const Args& args) {
   if (const int code = Parse(args, o); code != 0) return code < 0 ? 0 : code;
   host::dxf::DxfDrawing drawing;
   host::dxf::Diagnostics diag;
-  if (!host::dxf::readDxfFile(o.input, drawing, diag)) {
-    std::fprintf(stderr, "envline batch: %s\n", diag.error.c_str());
-    return 1;
-  }
+  auto clock = std::chrono::steady_clock::now();
+  if (!host::dxf::readDxfFile(o.input, drawing, diag)) return o.con.fail(1, diag.error);
+  o.con.detail("read " + o.input + " in " + MsText(clock));
   AcDbDatabase* db = drawing.database.get();
   AcApDocument* doc = acDocManagerPtr()->openBorrowedDocument(db, o.input);
   struct CloseDoc {
@@ -216,14 +224,11 @@ int runBatch(const Args& args) {
   if (Changes(o)) {
     if (!SaveTaskList(db, tasks, warnings)) {
       for (const auto& w : warnings) std::fprintf(stderr, "envline batch: %s\n", w.c_str());
-      std::fprintf(stderr, "envline batch: the tasks cannot be kept in the drawing; %s is not written\n",
-                   o.output.c_str());
-      return 1;
+      return o.con.fail(1, "the tasks cannot be kept in the drawing; " + o.output + " is not written");
     }
-    if (!host::dxf::writeDxfFile(o.output, drawing, {}, diag)) {
-      std::fprintf(stderr, "envline batch: %s\n", diag.error.c_str());
-      return 1;
-    }
+    clock = std::chrono::steady_clock::now();
+    if (!host::dxf::writeDxfFile(o.output, drawing, {}, diag)) return o.con.fail(1, diag.error);
+    o.con.detail("wrote " + o.output + " in " + MsText(clock));
   }
   for (const auto& w : diag.warnings) warnings.push_back(w);
   if (o.json) {
@@ -235,7 +240,7 @@ int runBatch(const Args& args) {
     j.endArray().endObject();
     std::printf("%s\n", j.str().c_str());
   } else {
-    for (const auto& w : warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());
+    for (const auto& w : warnings) o.con.warn(w);
   }
   return code;
 }

@@ -1,12 +1,14 @@
 // envline info: what a drawing holds, for a user deciding how to run the
 // outline (which layers hold dimensions, which linetypes are centre lines,
 // which frames carry tool numbers).
+#include <chrono>
 #include <cstdio>
 #include <algorithm>
 #include <map>
 
 #include "app/cli/arguments.h"
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "app/cli/json.h"
 #include "host/db/block_extents.h"
 #include "host/db/operations.h"
@@ -18,15 +20,23 @@ namespace cli {
 
 namespace {
 const char* kHelp =
-    "usage: envline info FILE.dxf [--json]\n"
+    "usage: envline info FILE.dxf [--json] [--quiet] [--verbose]\n"
     "\n"
     "Prints the drawing's version, code page, units and extents, its entities\n"
     "by kind and by layer, its blocks, its linetypes (marked dashed or centre\n"
     "where their name or pattern says so) and every block reference that\n"
     "carries a tool number (extended data of TUKANGE_NAME_IDENTITY) with its\n"
     "box and the --window option that selects it, and the centre lines found.\n"
-    "--json prints the same as one JSON object (also for an error: status,\n"
-    "message, exit_code).\n";
+    "\n"
+    "  --json      the same as one JSON object (also for an error: status,\n"
+    "              message, exit_code)\n"
+    "  --quiet     no warnings; --verbose: how long reading took\n"
+    "\n"
+    "Exit codes: 0 read, 2 bad usage, 1 unreadable drawing.\n"
+    "\n"
+    "Examples:\n"
+    "  envline info sheet.dxf                 then outline a frame with the --window it lists\n"
+    "  envline info sheet.dxf --json | python3 -m json.tool\n";
 
 const char* unitName(int u) {
   static const char* const names[] = {"unitless", "inches", "feet", "miles", "millimetres", "centimetres",
@@ -84,36 +94,24 @@ std::string windowOption(const AcDbExtents& box) {
 }  // namespace
 
 int runInfo(const Args& args) {
+  const Console con = Console::scan("info", args);
   std::string path;
-  bool json = false;
   for (const std::string& a : args) {
     if (a == "-h" || a == "--help") {
       std::fputs(kHelp, stdout);
       return 0;
     }
-    if (a == "--json") json = true;
-    else if (!a.empty() && a[0] != '-' && path.empty()) path = a;
-    else {
-      std::fprintf(stderr, "envline info: unexpected argument '%s'\n%s", a.c_str(), kHelp);
-      return 2;
-    }
+    if (Console::isFlag(a)) continue;
+    if (!a.empty() && a[0] != '-' && path.empty()) path = a;
+    else return con.usage("unexpected argument '" + a + "'");
   }
-  if (path.empty()) {
-    std::fprintf(stderr, "envline info: a drawing file is required\n%s", kHelp);
-    return 2;
-  }
+  if (path.empty()) return con.usage("a drawing file is required");
+  const bool json = con.json;
   host::dxf::DxfDrawing d;
   host::dxf::Diagnostics diag;
-  if (!host::dxf::readDxfFile(path, d, diag)) {
-    std::fprintf(stderr, "envline info: %s\n", diag.error.c_str());
-    if (json) {
-      Json j;
-      j.beginObject().key("file").value(path).key("status").value("error").key("message").value(diag.error);
-      j.key("exit_code").value(1).endObject();
-      std::printf("%s\n", j.str().c_str());
-    }
-    return 1;
-  }
+  const auto clock = std::chrono::steady_clock::now();
+  if (!host::dxf::readDxfFile(path, d, diag)) return con.fail(1, diag.error);
+  con.detail("read " + path + " in " + MsText(clock));
   const AcDbDatabase& db = *d.database;
   std::map<std::string, int> byKind, byLayer;
   AcDbExtents extents;
@@ -159,7 +157,7 @@ int runInfo(const Args& args) {
   if (json) {
     Json j;
     j.beginObject();
-    j.key("file").value(path).key("status").value("ok").key("exit_code").value(0);
+    j.key("command").value("info").key("file").value(path).key("status").value("ok").key("exit_code").value(0);
     j.key("version").value(release).key("acadver").value(d.info.acadVer);
     j.key("binary").value(d.info.binary).key("codepage").value(codePage);
     j.key("units").value(unitName(db.insunits())).key("insunits").value(db.insunits());
@@ -234,7 +232,7 @@ int runInfo(const Args& args) {
                   f.box.maxPoint().y, windowOption(f.box).c_str());
     std::printf("\n");
   }
-  for (const auto& w : diag.warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());
+  for (const auto& w : diag.warnings) con.warn(w);
   return 0;
 }
 

@@ -2,11 +2,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 
 #include "app/cli/arguments.h"
 #include "app/cli/commands.h"
 #include "app/cli/json.h"
+#include "app/cli/outline_options.h"
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
 #include "host/ed/document.h"
@@ -24,220 +26,6 @@
 namespace cli {
 
 namespace {
-const char* kHelp =
-    "usage: envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto|--axis X1,Y1,X2,Y2 [options]\n"
-    "\n"
-    "Computes the envelope line of the tool drawn in DRAWING.dxf and writes the\n"
-    "drawing with the outline added (a closed polyline on layer TempEncircleLine,\n"
-    "the drawing's arcs restored as bulges) to OUT.dxf.\n"
-    "\n"
-    "selection (default: every entity of model space)\n"
-    "  --window X1,Y1,X2,Y2      entities wholly inside the window\n"
-    "  --crossing X1,Y1,X2,Y2    entities inside or crossing it\n"
-    "  --handles H1,H2,...       entities by handle\n"
-    "  --layer NAME              only entities on this layer (repeatable)\n"
-    "  --tool NUMBER             the drawing frame tagged with this tool number (its box is the window)\n"
-    "  --all-tools               every tagged drawing frame, one outline each\n"
-    "axis\n"
-    "  --centre X,Y              a point on the tool's (horizontal) axis\n"
-    "  --axis X1,Y1,X2,Y2        the axis as a line, in any direction\n"
-    "  --centre auto             the centre line the contour is symmetric about or meets at both\n"
-    "                            ends; without centre lines, the contour's mirror line\n"
-    "method\n"
-    "  --method robust|exact     robust (default): the largest radius of the part's body at each\n"
-    "                            point of the axis; exact: the dialog's algorithm as designed\n"
-    "  --gap G                   robust: pieces closer than G meet (default: 0.0004 of the\n"
-    "                            part's size, 0.04 mm on a 100 mm tool)\n"
-    "  --chord-tol T             robust: ellipses and splines as chords within T (0.001)\n"
-    "  --side upper|lower        calculation side, 上半边 or 下半边 (default upper)\n"
-    "exact method only (with --method exact; given without it they are a usage error)\n"
-    "  --driver slabs|hatch      slab cutting (default) or the\n"
-    "                            boundary of the region between a frame and the tool\n"
-    "  --keep-dashed             do not leave out dashed and centre lines\n"
-    "  --vertical-ends           close the outline with vertical ends\n"
-    "  --point-tol T             point tolerance (0.0005)\n"
-    "  --line-tol T              line tolerance (0.001)\n"
-    "  --fine-tol T              horizontal/vertical tolerance (1e-6)\n"
-    "  --arc-step S              chord length for arcs and splines (0.3)\n"
-    "  --break-length L          left/right recognition length (5)\n"
-    "output\n"
-    "  --png FILE, --svg FILE    a picture of the drawing with the outline over it\n"
-    "  --json                    a machine-readable result on standard output\n"
-    "  --in-place                write the result into DRAWING.dxf itself\n"
-    "  --sat FILE, --step FILE, --stl FILE\n"
-    "                            the solid of the outline, revolved about the axis\n"
-    "  --orient drawing|z        the solid as drawn (default) or along +Z from the origin\n"
-    "  --stl-tolerance T         chordal tolerance of the STL mesh (0.01 mm)\n"
-    "  --units U                 the drawing's unit (mm, cm, m, inch, ft, ...) instead of\n"
-    "                            its $INSUNITS; SAT, STEP and STL carry millimetres\n"
-    "  --keep-solid              keep the solid in the written drawing (a 3DSOLID)\n"
-    "\n"
-    "Every outline is checked: closed, simple, no edge of no length, both ends on the\n"
-    "axis; an outline that fails is not written (exit 3, with the reason).\n"
-    "\n"
-    "Exit codes: 0 outline made, 3 no outline, 2 bad usage, 1 unreadable input or\n"
-    "unwritable output.\n"
-    "\n"
-    "Example:\n"
-    "  envline outline drill.dxf -o drill_out.dxf --window 0,-20,120,20 --centre auto --png drill.png\n";
-
-struct Options {
-  std::string input, output, png, svg, sat, step, stl;
-  SolidOrientation orientation = SolidOrientation::kDrawing;
-  double stlTolerance = 0.01;
-  int units = -1;  // $INSUNITS code from --units; -1: the drawing's
-  bool keepSolid = false;
-  std::optional<std::array<double, 4>> window, crossing;
-  std::vector<std::string> handles, layers;
-  std::optional<AcGePoint3d> centre;
-  bool autoCentre = false, json = false, inPlace = false;
-  SingleOutlineSettings settings;
-  OutlineDriver driver = OutlineDriver::kSlabs;
-  bool exact = false;                          // --method exact
-  std::optional<std::array<double, 4>> axis;   // --axis
-  double gap = 0, chordTol = 0.001;            // robust tolerances (gap 0: from the part)
-  std::string tool;                            // --tool
-  bool allTools = false;
-  std::string exactOnly;                       // the first option given that only the exact method reads
-};
-
-int usage(const std::string& message) {
-  std::fprintf(stderr, "envline outline: %s\n(run 'envline outline --help' for the options)\n", message.c_str());
-  return 2;
-}
-
-// Parses the arguments; returns 0 to go on, otherwise the exit code.
-int parse(const Args& args, Options& o) {
-  auto value = [&](std::size_t& i) -> const std::string* { return i + 1 < args.size() ? &args[++i] : nullptr; };
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& a = args[i];
-    std::vector<double> v;
-    for (const char* option : {"--driver", "--keep-dashed", "--vertical-ends", "--point-tol", "--line-tol", "--fine-tol",
-                               "--arc-step", "--break-length"})
-      if (a == option && o.exactOnly.empty()) o.exactOnly = a;
-    if (a == "-h" || a == "--help") {
-      std::fputs(kHelp, stdout);
-      return -1;
-    } else if (a == "-o" || a == "--output") {
-      const std::string* s = value(i);
-      if (!s) return usage("-o needs a file name");
-      o.output = *s;
-    } else if (a == "--window" || a == "--crossing") {
-      const std::string* s = value(i);
-      if (!s || !SplitNumbers(*s, v, 4)) return usage(a + " needs X1,Y1,X2,Y2");
-      (a == "--window" ? o.window : o.crossing) = std::array<double, 4>{v[0], v[1], v[2], v[3]};
-    } else if (a == "--handles") {
-      const std::string* s = value(i);
-      if (!s) return usage("--handles needs H1,H2,...");
-      o.handles = SplitList(*s);
-    } else if (a == "--layer") {
-      const std::string* s = value(i);
-      if (!s) return usage("--layer needs a layer name");
-      o.layers.push_back(*s);
-    } else if (a == "--centre" || a == "--center") {
-      const std::string* s = value(i);
-      if (!s) return usage("--centre needs X,Y or auto");
-      if (*s == "auto") o.autoCentre = true;
-      else if (SplitNumbers(*s, v, 2)) o.centre = AcGePoint3d(v[0], v[1], 0);
-      else return usage("--centre needs X,Y or auto, not '" + *s + "'");
-    } else if (a == "--method") {
-      const std::string* s = value(i);
-      if (!s || (*s != "robust" && *s != "exact")) return usage("--method is robust or exact");
-      o.exact = *s == "exact";
-    } else if (a == "--axis") {
-      const std::string* s = value(i);
-      if (!s || !SplitNumbers(*s, v, 4) || (v[0] == v[2] && v[1] == v[3]))
-        return usage("--axis needs X1,Y1,X2,Y2, two different points of the axis");
-      o.axis = std::array<double, 4>{v[0], v[1], v[2], v[3]};
-    } else if (a == "--gap" || a == "--chord-tol") {
-      const std::string* s = value(i);
-      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
-      (a == "--gap" ? o.gap : o.chordTol) = v[0];
-    } else if (a == "--tool") {
-      const std::string* s = value(i);
-      if (!s || s->empty()) return usage("--tool needs a tool number");
-      o.tool = *s;
-    } else if (a == "--all-tools") {
-      o.allTools = true;
-    } else if (a == "--side") {
-      const std::string* s = value(i);
-      if (s && (*s == "upper" || *s == "上半边")) o.settings.nSide = 0;
-      else if (s && (*s == "lower" || *s == "下半边")) o.settings.nSide = 1;
-      else return usage("--side is upper or lower");
-    } else if (a == "--driver") {
-      const std::string* s = value(i);
-      if (s && *s == "slabs") o.driver = OutlineDriver::kSlabs;
-      else if (s && *s == "hatch") o.driver = OutlineDriver::kHatch;
-      else return usage("--driver is slabs or hatch");
-    } else if (a == "--keep-dashed") {
-      o.settings.bRemoveDashed = false;
-    } else if (a == "--vertical-ends") {
-      o.settings.bVerticalEnds = true;
-    } else if (a == "--point-tol" || a == "--line-tol" || a == "--fine-tol" || a == "--arc-step" ||
-               a == "--break-length") {
-      const std::string* s = value(i);
-      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage(a + " needs a positive number");
-      double& field = a == "--point-tol"  ? o.settings.dPointTol
-                      : a == "--line-tol" ? o.settings.dLineTol
-                      : a == "--fine-tol" ? o.settings.dFineTol
-                      : a == "--arc-step" ? o.settings.dStep
-                                          : o.settings.dBreakLength;
-      field = v[0];
-    } else if (a == "--png" || a == "--svg") {
-      const std::string* s = value(i);
-      if (!s) return usage(a + " needs a file name");
-      (a == "--png" ? o.png : o.svg) = *s;
-    } else if (a == "--sat" || a == "--step" || a == "--stl") {
-      const std::string* s = value(i);
-      if (!s) return usage(a + " needs a file name");
-      (a == "--sat" ? o.sat : a == "--step" ? o.step : o.stl) = *s;
-    } else if (a == "--orient") {
-      const std::string* s = value(i);
-      if (!s || (*s != "drawing" && *s != "z")) return usage("--orient is drawing or z");
-      o.orientation = *s == "z" ? SolidOrientation::kAxisZ : SolidOrientation::kDrawing;
-    } else if (a == "--stl-tolerance") {
-      const std::string* s = value(i);
-      if (!s || !SplitNumbers(*s, v, 1) || !(v[0] > 0)) return usage("--stl-tolerance needs a positive number");
-      o.stlTolerance = v[0];
-    } else if (a == "--units") {
-      const std::string* s = value(i);
-      if (!s || !UnitsFromName(*s, o.units)) return usage("--units needs a unit (mm, cm, m, inch, ft, ...)");
-    } else if (a == "--keep-solid") {
-      o.keepSolid = true;
-    } else if (a == "--json") {
-      o.json = true;
-    } else if (a == "--in-place") {
-      o.inPlace = true;
-    } else if (!a.empty() && a[0] != '-' && o.input.empty()) {
-      o.input = a;
-    } else {
-      return usage("unexpected argument '" + a + "'");
-    }
-  }
-  if (o.input.empty()) return usage("a drawing file is required");
-  if (o.output.empty() && !o.inPlace) return usage("-o OUT.dxf (or --in-place) is required");
-  if (!o.output.empty() && o.inPlace) return usage("-o and --in-place exclude each other");
-  if (!o.centre && !o.autoCentre && !o.axis) return usage("--centre X,Y, --centre auto or --axis X1,Y1,X2,Y2 is required");
-  if ((o.centre || o.autoCentre) && o.axis) return usage("--centre and --axis exclude each other");
-  if (!o.exact && !o.exactOnly.empty())
-    return usage(o.exactOnly + " is a setting of the exact method, which the robust method (the default) does not read; "
-                 "add --method exact to use it");
-  if (o.exact && o.axis && (*o.axis)[1] != (*o.axis)[3])
-    return usage("the exact method needs a horizontal axis (use --centre X,Y, or --method robust)");
-  const bool selected = o.window || o.crossing || !o.handles.empty();
-  if ((!o.tool.empty() || o.allTools) && selected) return usage("--tool and --all-tools choose their own window");
-  if (!o.tool.empty() && o.allTools) return usage("--tool and --all-tools exclude each other");
-  if (o.allTools && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid || !o.png.empty() || !o.svg.empty()))
-    return usage("--all-tools makes no solids or pictures (outline one tool with --tool, or use envline export)");
-  if (o.window && o.crossing) return usage("--window and --crossing exclude each other");
-  if (!o.inPlace && SameFile(o.input, o.output))
-    return usage("-o names the input drawing; give --in-place to write into it");
-  if (const std::string out = OverwritesInput(o.input, {o.png, o.svg, o.sat, o.step, o.stl}); !out.empty())
-    return usage("'" + out + "' is the input drawing; pictures and solids never overwrite it");
-  if (o.inPlace) o.output = o.input;
-  return 0;
-}
-
 double msSince(std::chrono::steady_clock::time_point t) {
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count();
 }
@@ -264,7 +52,7 @@ struct Job {
 // The exact method on a job: the axis (found with the robust search when
 // automatic) must be horizontal; the robust profile of the same contour
 // supplies the warnings about bodies and sides.
-void runExact(const Options& o, Job& job) {
+void runExact(const OutlineOptions& o, Job& job) {
   const robust::Contour contour = robust::CollectContour(job.selection, o.chordTol);
   job.gap = o.gap > 0 ? o.gap : DefaultGap(contour.curves);
   AxisRequest request;
@@ -301,7 +89,7 @@ void runExact(const Options& o, Job& job) {
   job.warnings.insert(job.warnings.end(), profile.warnings.begin(), profile.warnings.end());
 }
 
-void runRobust(const Options& o, Job& job) {
+void runRobust(const OutlineOptions& o, Job& job) {
   AxisRequest request;
   if (o.centre) request.point = robust::P2{o.centre->x, o.centre->y};
   request.line = o.axis;
@@ -324,7 +112,7 @@ void runRobust(const Options& o, Job& job) {
   job.warnings.insert(job.warnings.end(), run.warnings.begin(), run.warnings.end());
 }
 
-void runJob(const Options& o, AcDbDatabase* db, Job& job) {
+void runJob(const OutlineOptions& o, AcDbDatabase* db, Job& job) {
   job.selected = job.selection.length();
   if (job.window) {
     const auto cut = WindowCutWarnings(db, *job.window);
@@ -379,14 +167,16 @@ AcArray<AcDbObjectId> frameSelection(AcDbDatabase* db, const DrawingFrame& frame
   return out;
 }
 
-void jsonJob(Json& j, const Options& o, const Job& job, double readMs, double writeMs, const std::vector<std::string>& readWarnings,
+void jsonJob(Json& j, const OutlineOptions& o, const Job& job, bool written, double readMs, double writeMs, const std::vector<std::string>& readWarnings,
              const std::string& solidRoute, const std::vector<std::string>& solidFiles, double solidMs, double stlMs) {
   OutlineReport report;
   const bool made = MakeOutlineReport(job.outline, report);
   j.beginObject().key("status").value(made ? "ok" : "no_outline").key("message").value(job.message);
   if (!job.tool.empty()) j.key("tool").value(job.tool);
   j.key("problem").value(job.problem);
-  j.key("input").value(o.input).key("output").value(o.output);
+  j.key("input").value(o.input).key("output");
+  if (written) j.value(o.output);
+  else j.null();
   j.key("method").value(o.exact ? "exact" : "robust");
   j.key("outline");
   if (made) {
@@ -436,10 +226,14 @@ void jsonJob(Json& j, const Options& o, const Job& job, double readMs, double wr
   j.endArray().endObject();
 }
 
-void printJob(const Options& o, const Job& job) {
+void printJob(const OutlineOptions& o, const Job& job) {
   OutlineReport report;
   const bool made = MakeOutlineReport(job.outline, report);
   const std::string who = job.tool.empty() ? "" : "tool " + job.tool + ": ";
+  o.con.detail(who + "selected " + std::to_string(job.selected) + ", to the engine " + std::to_string(job.toEngine) +
+               ", computed in " + std::to_string(static_cast<long long>(job.computeMs)) + " ms");
+  for (const auto& w : job.warnings) o.con.warn(who + w.text);
+  if (!o.con.text()) return;
   if (made)
     std::printf("%s%s: outline %s, %zu vertices, box (%g, %g) - (%g, %g) -> %s\n", who.c_str(), job.message.c_str(),
                 report.handle.c_str(), report.vertices.size(), report.box[0], report.box[1], report.box[2],
@@ -457,21 +251,24 @@ void printJob(const Options& o, const Job& job) {
   }
   if (!made)
     for (const auto& c : job.axisCandidates) std::printf("  looked at %s\n", c.c_str());
-  for (const auto& w : job.warnings) std::fprintf(stderr, "warning: %s%s\n", who.c_str(), w.text.c_str());
 }
-}  // namespace
 
-int runOutline(const Args& args) {
-  Options o;
-  if (const int code = parse(args, o); code != 0) return code < 0 ? 0 : code;
+// One drawing: its jobs run, the drawing and the files asked for written;
+// its JSON result goes into j. Returns the exit code.
+int outlineDrawing(const OutlineOptions& o, Json& j) {
+  const Console& con = o.con;
+  // A failure of this drawing: reported, and in JSON an error object.
+  auto fail = [&](int code, const std::string& message) {
+    std::fprintf(stderr, "envline outline: %s\n", message.c_str());
+    ErrorJson(j, "outline", message, code);
+    return code;
+  };
   auto clock = std::chrono::steady_clock::now();
   host::dxf::DxfDrawing drawing;
   host::dxf::Diagnostics diag;
-  if (!host::dxf::readDxfFile(o.input, drawing, diag)) {
-    std::fprintf(stderr, "envline outline: %s\n", diag.error.c_str());
-    return 1;
-  }
+  if (!host::dxf::readDxfFile(o.input, drawing, diag)) return fail(1, diag.error);
   const double readMs = msSince(clock);
+  con.detail("read " + o.input + " in " + MsText(clock));
   AcDbDatabase* db = drawing.database.get();
   AcApDocument* doc = acDocManagerPtr()->openBorrowedDocument(db, o.input);
   struct CloseDoc {
@@ -493,9 +290,10 @@ int runOutline(const Args& args) {
     if (jobs.empty()) {
       std::string known;
       for (const DrawingFrame& f : frames) known += (known.empty() ? "" : ", ") + f.toolNumber;
-      return usage(o.allTools ? "the drawing has no tagged drawing frames"
-                              : "no drawing frame has the tool number '" + o.tool + "'" +
-                                    (known.empty() ? "" : " (the frames have " + known + ")"));
+      return fail(2, o.input + ": " +
+                         (o.allTools ? "the drawing has no tagged drawing frames"
+                                     : "no drawing frame has the tool number '" + o.tool + "'" +
+                                           (known.empty() ? "" : " (the frames have " + known + ")")));
     }
   } else {
     const bool chosen = o.window || o.crossing || !o.handles.empty();
@@ -509,8 +307,7 @@ int runOutline(const Args& args) {
                       f.box.m_ptMin.y, f.box.m_ptMax.x, f.box.m_ptMax.y);
         message += text;
       }
-      std::fprintf(stderr, "envline outline: %s\n", message.c_str());
-      return 2;
+      return fail(2, o.input + ": " + message);
     }
     Job job;
     if (o.window) job.selection = host::selectByBox(db, {(*o.window)[0], (*o.window)[1], 0}, {(*o.window)[2], (*o.window)[3], 0}, host::SelectMode::kWindow);
@@ -521,7 +318,7 @@ int runOutline(const Args& args) {
         const AcDbHandle handle = AcDbHandle::fromHex(h);
         AcDbObjectPointer<AcDbEntity> ent;
         if (handle.isNull() || db->getAcDbObjectId(id, false, handle) != Acad::eOk || ent.open(id, AcDb::kForRead) != Acad::eOk)
-          return usage("no entity has the handle '" + h + "'");
+          return fail(2, o.input + ": no entity has the handle '" + h + "'");
         job.selection.append(id);
       }
     } else {
@@ -558,17 +355,14 @@ int runOutline(const Args& args) {
         RevolveOutline(first.outline, AcGePoint3d(first.axis.origin.x, first.axis.origin.y, 0),
                        AcGeVector3d(first.axis.dir.x, first.axis.dir.y, 0).normal(), o.orientation, &route);
     solidRoute = route == RevolveRoute::kCurve ? "curve" : route == RevolveRoute::kRegion ? "region" : "";
-    if (solidId.isNull()) {
-      std::fprintf(stderr, "envline outline: %s\n", kSolidFailed);
-      return 1;
-    }
+    if (solidId.isNull()) return fail(1, o.input + ": " + kSolidFailed);
     {
       AcDbObjectPointer<AcDb3dSolid> drawn(solidId, AcDb::kForRead);
       // The files carry millimetres.
       int units = o.units;
       if (units < 0) {
         units = db->insunits();
-        if (units == 0) std::fprintf(stderr, "warning: %s\n", kUnitlessWarning);
+        if (units == 0) con.warn(kUnitlessWarning);
       }
       const std::unique_ptr<AcDb3dSolid> inMillimetres = SolidInMillimetres(*drawn.get(), MillimetresPerUnit(units));
       const AcDb3dSolid* solid = inMillimetres ? inMillimetres.get() : drawn.get();
@@ -580,22 +374,21 @@ int runOutline(const Args& args) {
       clock = std::chrono::steady_clock::now();
       if (ok && !o.stl.empty()) ok = host::brep::WriteStl(*solid, o.stl, o.stlTolerance, error);
       stlMs = msSince(clock);
-      if (!ok) {
-        std::fprintf(stderr, "envline outline: %s\n", error.c_str());
-        return 1;
-      }
+      if (!ok) return fail(1, error);
       for (const std::string& f : {o.sat, o.step, o.stl})
         if (!f.empty()) solidFiles.push_back(f);
     }
     if (!o.keepSolid) host::eraseObject(solidId);
   }
 
+  // A failed run writes no drawing unless asked to.
+  bool allMade = true;
+  for (const Job& job : jobs) allMade = allMade && !job.outline.isNull();
+  const bool writeDrawing = allMade || o.writeOnFailure;
   clock = std::chrono::steady_clock::now();
-  if (!host::dxf::writeDxfFile(o.output, drawing, {}, diag)) {
-    std::fprintf(stderr, "envline outline: %s\n", diag.error.c_str());
-    return 1;
-  }
-  const double writeMs = msSince(clock);
+  if (writeDrawing && !host::dxf::writeDxfFile(o.output, drawing, {}, diag)) return fail(1, diag.error);
+  const double writeMs = writeDrawing ? msSince(clock) : 0;
+  if (writeDrawing) con.detail("wrote " + o.output + " in " + MsText(clock));
   for (const std::string& path : {o.png, o.svg}) {
     if (path.empty()) continue;
     DrawingPictureOptions pic;
@@ -622,28 +415,55 @@ int runOutline(const Args& args) {
     if (!first.problem.empty()) pic.notes.push_back("no outline: " + first.problem);
     for (const auto& w : first.warnings) pic.marks.push_back({w.where.x, w.where.y, w.text});
     std::string error;
-    if (!WriteDrawingPicture(*db, path, pic, error)) {
-      std::fprintf(stderr, "envline outline: %s\n", error.c_str());
-      return 1;
-    }
+    if (!WriteDrawingPicture(*db, path, pic, error)) return fail(1, error);
+    con.detail("wrote " + path);
   }
 
-  bool allMade = true;
-  for (const Job& job : jobs) allMade = allMade && !job.outline.isNull();
   if (o.json) {
-    Json j;
     if (o.allTools) j.beginArray();
     for (const Job& job : jobs)
-      jsonJob(j, o, job, readMs, writeMs, diag.warnings, &job == &first ? solidRoute : "",
+      jsonJob(j, o, job, writeDrawing, readMs, writeMs, diag.warnings, &job == &first ? solidRoute : "",
               &job == &first ? solidFiles : std::vector<std::string>{}, solidMs, stlMs);
     if (o.allTools) j.endArray();
-    std::printf("%s\n", j.str().c_str());
   } else {
-    for (const auto& w : diag.warnings) std::fprintf(stderr, "warning: %s\n", w.c_str());
+    for (const auto& w : diag.warnings) con.warn(w);
     for (const Job& job : jobs) printJob(o, job);
-    for (const auto& f : solidFiles) std::printf("solid (%s route) -> %s\n", solidRoute.c_str(), f.c_str());
+    if (!writeDrawing && con.text())
+      std::printf("%s not written: no outline (--write-on-failure writes it anyway)\n", o.output.c_str());
+    if (con.text())
+      for (const auto& f : solidFiles) std::printf("solid (%s route) -> %s\n", solidRoute.c_str(), f.c_str());
   }
   return allMade ? 0 : 3;
+}
+
+}  // namespace
+
+int runOutline(const Args& args) {
+  OutlineOptions o;
+  if (const int code = ParseOutlineOptions(args, o); code != 0) return code < 0 ? 0 : code;
+  if (!o.outDir.empty()) {
+    std::error_code ec;
+    std::filesystem::create_directories(o.outDir, ec);
+    if (!std::filesystem::is_directory(o.outDir)) return o.con.fail(1, o.outDir + ": cannot make the folder");
+  }
+  // Each drawing on its own; the worst outcome decides the exit code: a
+  // file that cannot be read or written (1) over a usage error found in
+  // one drawing (2) over a drawing without outline (3).
+  Json j;
+  const bool several = o.inputs.size() > 1;
+  if (several && o.json) j.beginArray();
+  int worst = 0;
+  for (const std::string& input : o.inputs) {
+    OutlineOptions one = o;
+    one.input = input;
+    one.output = OutlineOutputFor(o, input);
+    const int code = outlineDrawing(one, j);
+    auto rank = [](int c) { return c == 1 ? 3 : c == 2 ? 2 : c == 3 ? 1 : 0; };
+    if (rank(code) > rank(worst)) worst = code;
+  }
+  if (several && o.json) j.endArray();
+  if (o.json) std::printf("%s\n", j.str().c_str());
+  return worst;
 }
 
 }  // namespace cli

@@ -1,5 +1,6 @@
 #pragma once
 // A small JSON writer for the command line's machine-readable output.
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -25,10 +26,16 @@ class Json {
     return *this;
   }
   Json& value(const char* s) { return value(std::string_view(s)); }
+  // Twelve significant digits: 0.1 + 0.2 is 0.3, a coordinate of 1000 mm
+  // keeps its nanometres; not a number (or infinite) is null.
   Json& value(double d) {
     comma();
+    if (!std::isfinite(d)) {
+      m_out += "null";
+      return *this;
+    }
     char buf[32];
-    std::snprintf(buf, sizeof buf, "%.17g", d == 0 ? 0.0 : d);
+    std::snprintf(buf, sizeof buf, "%.12g", d == 0 ? 0.0 : d);
     m_out += buf;
     return *this;
   }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/cli/commands.h"
+#include "app/cli/console.h"
 #include "host/db/operations.h"
 
 namespace {
@@ -22,16 +23,18 @@ const char* kUsage =
     "                       linetypes and the tool frames with their numbers\n"
     "  envline outline DRAWING.dxf -o OUT.dxf [selection] --centre X,Y|auto [options]\n"
     "                       the tool's envelope line, written into the drawing\n"
-    "  envline export DRAWING.dxf --dir DIR [--formats sat,step,stl] [options]\n"
+    "  envline export DRAWING.dxf... --dir DIR [--formats sat,step,stl] [options]\n"
     "                       outlines to solid files named by tool number\n"
     "  envline batch DRAWING.dxf SUBCOMMAND [ARGS] [-o OUT.dxf | --in-place]\n"
     "                       batch tasks kept in the drawing: tasks, new-task,\n"
     "                       add-tool, add-frames, params, run, export, ...\n"
+    "  envline outline A.dxf B.dxf ... --out-dir DIR [selection] --centre auto\n"
+    "                       the same for several drawings, each to DIR\n"
     "  envline convert IN.dxf -o OUT.dxf [--version R2000..R2018]\n"
     "                       load and save a drawing (a round trip by default)\n"
     "  envline gui [DRAWING.dxf ...]\n"
     "                       the desktop window (envline-gui) with the drawings\n"
-    "  envline run SCRIPT [DRAWING.dxf...]\n"
+    "  envline run SCRIPT [DRAWING.dxf...] [-o OUT.dxf | --out-dir DIR | --in-place]\n"
     "                       the headless host: load the module, open the\n"
     "                       drawings and run a script of commands and answers\n"
     "  envline smoke        build a small tool drawing in memory, explode it and\n"
@@ -39,7 +42,20 @@ const char* kUsage =
     "  envline --version    print the version\n"
     "  envline --help       print this help\n"
     "\n"
-    "Run 'envline COMMAND --help' for a command's options.\n";
+    "\n"
+    "Every command takes --json (one JSON document on standard output, an error\n"
+    "too: status, message, exit_code), --quiet (only errors) and --verbose (also\n"
+    "what each step did, on standard error), and every option also as\n"
+    "--option=value. No command writes a drawing it reads unless --in-place.\n"
+    "Exit codes: 0 done, 1 a file cannot be read or written, 2 bad usage,\n"
+    "3 no result (no outline made, nothing exported, some tools failed).\n"
+    "\n"
+    "A first session:\n"
+    "  envline info drill.dxf                      what is in it: layers, frames, centre lines\n"
+    "  envline outline drill.dxf -o drill_out.dxf --window 0,-20,120,20 --centre auto --png drill.png\n"
+    "  envline export drill_out.dxf --dir solids --formats sat,step\n"
+    "\n"
+    "Run 'envline COMMAND --help' for a command's options and examples.\n";
 
 // A stepped shaft drawn as a block, inserted twice (once mirrored about the
 // axis): the same operations the outline engine relies on.
@@ -140,6 +156,6 @@ int main(int argc, char** argv) {
   if (command == "export") return cli::runExport(rest);
   if (command == "batch") return cli::runBatch(rest);
   if (command == "run") return cli::runScript(rest);
-  std::fprintf(stderr, "envline: unknown command '%s' (see envline --help)\n", command.c_str());
+  cli::Console::scan("", rest).fail(2, "unknown command '" + command + "' (see envline --help)");
   return 2;
 }

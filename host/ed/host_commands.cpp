@@ -57,11 +57,29 @@ void cmdOpen() {
   if (!openDrawing(path, error)) fail(error);
 }
 
+SaveRule& saveRule() {
+  static SaveRule rule;
+  return rule;
+}
+
+// Writes the document to target, as the save rule allows.
+bool saveAsAllowed(AcApDocument* doc, const std::string& target) {
+  std::string path = target, error;
+  if (saveRule() && !saveRule()(doc->fileName(), path, error)) {
+    fail(error);
+    return false;
+  }
+  if (!saveDocument(doc, path, error)) {
+    fail(error);
+    return false;
+  }
+  return true;
+}
+
 void cmdSave() {
   AcApDocument* doc = currentOrFail();
   if (!doc) return;
-  std::string error;
-  if (!saveDocument(doc, doc->fileName(), error)) fail(error);
+  saveAsAllowed(doc, doc->fileName());
 }
 
 void cmdSaveAs() {
@@ -69,9 +87,7 @@ void cmdSaveAs() {
   if (!doc) return;
   std::string path;
   if (!askName("Enter file name: ", path)) return;
-  std::string error;
-  if (!saveDocument(doc, path, error)) return fail(error);
-  doc->setFileName(path);
+  if (saveAsAllowed(doc, path)) doc->setFileName(path);
 }
 
 void cmdClose() {
@@ -236,6 +252,8 @@ void cmdLayOff() {
 
 }  // namespace
 
+void setSaveRule(SaveRule rule) { saveRule() = std::move(rule); }
+
 bool openDrawing(const std::string& path, std::string& error) {
   host::dxf::DxfDrawing drawing;
   host::dxf::Diagnostics diag;
@@ -329,7 +347,11 @@ bool closeDrawing(AcApDocument* doc, std::string& error) {
   if (doc->isModified()) {
     const MessageBoxAnswer answer = userServices().saveChanges(doc->fileName());
     if (answer == kIdCancel) return false;
-    if (answer == kIdYes && !saveDocument(doc, doc->fileName(), error)) return false;
+    if (answer == kIdYes) {
+      std::string path = doc->fileName();
+      if (saveRule() && !saveRule()(doc->fileName(), path, error)) return false;
+      if (!saveDocument(doc, path, error)) return false;
+    }
   }
   acDocManagerPtr()->closeDocument(doc);
   return true;

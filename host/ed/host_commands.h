@@ -2,6 +2,7 @@
 // The host's own commands (group kHostCommandGroup): OPEN, SAVE (QSAVE),
 // SAVEAS, CLOSE (asking to save a modified drawing), EXPLODE, ERASE, DELCONSTRAINT, ZOOM (E, W), LAYER (ON,
 // OFF), LAYON and LAYOFF; and the drawing operations behind them.
+#include <functional>
 #include <string>
 
 #include "host/db/database.h"
@@ -13,6 +14,13 @@ namespace host::ed {
 
 // Adds the host's commands to the stack (done once for the host's stack).
 void registerHostCommands(AcEdCommandStack& stack);
+
+// Where SAVE (QSAVE) and SAVEAS write. Given the document's file name and
+// the file asked for, a rule may change target, or refuse with a reason
+// (the command then fails with it). Without a rule every target is written
+// as asked. A front end that must not overwrite its inputs sets one.
+using SaveRule = std::function<bool(const std::string& fileName, std::string& target, std::string& error)>;
+void setSaveRule(SaveRule rule);
 
 // Reads a drawing file and opens it as the current document.
 bool openDrawing(const std::string& path, std::string& error);

@@ -1,9 +1,33 @@
-"""What the command-line tests share: named cases that keep going after a
-failure, the sample table, and file digests."""
+"""What the command-line tests share: the program run with its exit code
+and output, named cases that keep going after a failure, tables of cases,
+the sample table, and file digests."""
 import hashlib
+import json
 import os
+import subprocess
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
+
+class Envline:
+    """envline of a build folder: envline(*args) gives (exit code, stdout, stderr)."""
+
+    def __init__(self, build):
+        self.path = os.path.join(build, "app", "cli", "envline")
+
+    def __call__(self, *args, env=None, umask=None, cwd=None):
+        r = subprocess.run([self.path, *args], capture_output=True, text=True, env=env, cwd=cwd,
+                           preexec_fn=(lambda: os.umask(umask)) if umask is not None else None)
+        return r.returncode, r.stdout, r.stderr
+
+    def json(self, *args, code=0):
+        """Runs with --json; the exit code must be code; returns the parsed standard output."""
+        c, out, err = self(*args, "--json")
+        assert c == code, f"{args}: exit {c}, not {code}: {err}"
+        try:
+            return json.loads(out)
+        except ValueError:
+            raise AssertionError(f"{args}: standard output is no JSON: {out!r}") from None
 
 
 class Cases:
@@ -18,6 +42,11 @@ class Cases:
             self.results.append((name, str(e) or "assertion failed"))
         except Exception as e:  # noqa: BLE001 - a crash of the test is a finding too
             self.results.append((name, f"{type(e).__name__}: {e}"))
+
+    def table(self, rows, check):
+        """One case per row (name, *arguments): check(*arguments)."""
+        for name, *arguments in rows:
+            self(name, lambda a=arguments: check(*a))
 
     def report(self):
         """Prints every case and returns the exit status."""

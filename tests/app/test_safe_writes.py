@@ -16,7 +16,7 @@ import sys
 import tempfile
 import time
 
-from cli_cases import ROOT, Cases, sample_rows, sha
+from cli_cases import ROOT, Cases, Envline, sample_rows, sha
 
 WRITERS = {  # extension: outline options writing it
     "dxf": [],
@@ -29,7 +29,7 @@ WRITERS = {  # extension: outline options writing it
 
 
 def main():
-    envline = os.path.join(sys.argv[1], "app", "cli", "envline")
+    envline = Envline(sys.argv[1])
     sample, _, window, centre = sample_rows()[0]
     src = os.path.join(ROOT, "samples", sample)
     cases = Cases()
@@ -37,12 +37,10 @@ def main():
 
     def outline(target, ext, umask=None):
         """Writes one file of kind ext to target; the outline DXF goes beside it otherwise."""
-        args = [envline, "outline", src, "--window", window, "--centre", centre]
         side = os.path.join(tmp, "side_" + ext + ".dxf")  # never on the file system under test
-        args += ["-o", target] if ext == "dxf" else ["-o", side, *WRITERS[ext], target]
-        r = subprocess.run(args, capture_output=True, text=True,
-                           preexec_fn=(lambda: os.umask(umask)) if umask is not None else None)
-        return r.returncode, r.stderr
+        out = ["-o", target] if ext == "dxf" else ["-o", side, *WRITERS[ext], target]
+        code, _, err = envline("outline", src, "--window", window, "--centre", centre, *out, umask=umask)
+        return code, err
 
     def leftovers(folder):
         return [n for n in os.listdir(folder) if ".envline-" in n or n.endswith(".tmp")]
