@@ -41,6 +41,14 @@ std::string OverwritesInput(const std::string& input, const std::vector<std::str
   return {};
 }
 
+std::string StdoutClash(bool json, const std::vector<std::string>& outputs) {
+  int toStdout = 0;
+  for (const std::string& out : outputs) toStdout += out == "-";
+  if (toStdout > 1) return "only one output can be '-' (standard output)";
+  if (toStdout && json) return "'-' writes to standard output, where --json prints; give a file name";
+  return {};
+}
+
 std::size_t DisplayWidth(std::string_view utf8) {
   std::size_t width = 0;
   for (std::size_t i = 0; i < utf8.size();) {

@@ -17,6 +17,9 @@ bool SameFile(const std::string& a, const std::string& b);
 // The first of outputs that would overwrite input, or empty: a command
 // never writes its input drawing unless told to work in place.
 std::string OverwritesInput(const std::string& input, const std::vector<std::string>& outputs);
+// Why the outputs cannot be written, or empty: '-' (standard output) names
+// at most one of them, and not when --json prints there.
+std::string StdoutClash(bool json, const std::vector<std::string>& outputs);
 // Columns a UTF-8 text takes in a terminal: East Asian wide characters
 // (Chinese, Japanese, Korean, full-width forms) take two.
 std::size_t DisplayWidth(std::string_view utf8);

@@ -172,6 +172,7 @@ int Parse(const Args& args, Options& o) {
   if (o.sub.empty()) return Usage(o, "a subcommand is required (tasks, new-task, add-tool, ...)");
   if (!kSubs.count(o.sub)) return Usage(o, "unknown subcommand '" + o.sub + "'");
   if (!o.output.empty() && o.inPlace) return Usage(o, "-o and --in-place exclude each other");
+  if (const std::string clash = StdoutClash(o.json, {o.output, o.report}); !clash.empty()) return Usage(o, clash);
   if (Changes(o) && o.output.empty() && !o.inPlace)
     return Usage(o, "'" + o.sub + "' changes the drawing: give -o OUT.dxf or --in-place");
   if (!o.inPlace && !o.output.empty() && SameFile(o.input, o.output))

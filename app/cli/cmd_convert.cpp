@@ -55,6 +55,7 @@ int runConvert(const Args& args) {
     else return con.usage("unexpected argument '" + a + "'");
   }
   if (in.empty() || out.empty()) return con.usage("an input file and -o OUT.dxf are required");
+  if (const std::string clash = StdoutClash(con.json, {out}); !clash.empty()) return con.usage(clash);
   if (SameFile(in, out)) return con.usage("-o names the input drawing; the input is never overwritten");
   if (!version.empty() && !host::dxf::findVersion(version))
     return con.usage("unknown version '" + version + "' (use R2000, R2004, R2007, R2010, R2013 or R2018)");

@@ -249,6 +249,7 @@ int runExport(const Args& args) {
   if (o.inputs.empty()) return con.usage("a drawing file is required");
   if (o.dir.empty()) return con.usage("--dir DIR is required");
   if (!o.output.empty() && !o.outDir.empty()) return con.usage("-o and --out-dir exclude each other");
+  if (const std::string clash = StdoutClash(con.json, {o.output}); !clash.empty()) return con.usage(clash);
   if (o.inputs.size() > 1 && !o.output.empty())
     return con.usage("several drawings are written with --out-dir DIR2, not -o");
   if (o.inputs.size() > 1 && o.handles.size())

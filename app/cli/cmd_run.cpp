@@ -88,6 +88,7 @@ int runScript(const Args& args) {
   if (scriptPath.empty()) return con.usage("a script is required");
   if (int(!output.empty()) + int(!outDir.empty()) + int(inPlace) > 1)
     return con.usage("-o, --out-dir and --in-place exclude each other");
+  if (const std::string clash = StdoutClash(con.json, {output}); !clash.empty()) return con.usage(clash);
   if (!output.empty() && drawings.size() != 1) return con.usage("-o goes with one drawing (use --out-dir for several)");
   // Where SAVE of each drawing given here goes.
   std::map<std::string, std::string> saveTo;

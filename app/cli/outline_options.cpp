@@ -223,6 +223,8 @@ int ParseOutlineOptions(const Args& args, OutlineOptions& o) {
   if (o.allTools && (!o.sat.empty() || !o.step.empty() || !o.stl.empty() || o.keepSolid || !o.png.empty() || !o.svg.empty()))
     return usage("--all-tools makes no solids or pictures (outline one tool with --tool, or use envline export)");
   if (o.window && o.crossing) return usage("--window and --crossing exclude each other");
+  if (const std::string clash = StdoutClash(o.json, {o.output, o.png, o.svg, o.sat, o.step, o.stl}); !clash.empty())
+    return usage(clash);
   std::vector<std::string> outputs;
   for (const std::string& in : o.inputs) {
     const std::string out = OutlineOutputFor(o, in);

@@ -133,6 +133,9 @@ def main():
         ("(unknown task)", ["batch", src, "run", "nope", "-o", path("b.dxf")], 2),
         ("(no such script)", ["run", path("missing.scr")], 2),
         ("(unknown command)", ["nonsense"], 2),
+        ("(-o - with --json)", outline("-o", "-"), 2),
+        ("(two outputs '-')", outline("-o", "-", "--svg", "-"), 2),
+        ("(-o - with --json)", ["convert", src, "-o", "-"], 2),
     )], json_error)
 
     def json_ok(args, status):
