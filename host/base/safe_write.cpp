@@ -55,7 +55,13 @@ bool SafeFile::open(std::string& error) {
                        : target.has_parent_path() ? target.parent_path()
                                                   : fs::path(".");
   removeStrayTemporaries(dir.string());
-  std::string tmpl = (dir / ("." + target.filename().string() + std::string(kTempMark) + "XXXXXX")).string();
+  // Appended piece by piece: GCC 12 at -O3 warns falsely (-Wrestrict) about
+  // "." + std::string.
+  std::string name(1, '.');
+  name += target.filename().string();
+  name += kTempMark;
+  name += "XXXXXX";
+  std::string tmpl = (dir / name).string();
   m_fd = ::mkstemp(tmpl.data());
   if (m_fd < 0) {
     error = m_target + ": cannot create a file in " + dir.string() + " (" + reason() + ")";
