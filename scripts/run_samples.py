@@ -39,7 +39,8 @@ def main():
         res = json.loads(r.stdout)
         o = res["outline"]
         t = res["timings_ms"]
-        box = ", ".join(f"{v:g}" for v in o["box"])
+        # Rounding noise around zero (-1.8e-16) is shown as 0.
+        box = ", ".join(f"{round(v, 9) + 0.0:g}" for v in o["box"])
         print(f"{tool:8} {filename:20} {res['message']}  {len(o['vertices']):2} vertices  box ({box})  "
               f"area {o['area']:.1f}  {t['read'] + t['compute'] + t['write']:.1f} ms + solid {t['solid'] + t['stl']:.1f} ms"
               f"  -> {stem}.dxf/.png/.json/.sat/.step/.stl")

@@ -12,7 +12,7 @@ struct CentreLineSearch {
   bool bFound = false;
   double dY = 0;                     // the axis height
   AcDbObjectId line;                 // the longest candidate
-  std::vector<std::string> found;    // every candidate, described, for messages
+  std::vector<std::string> found;    // every centre line, of any direction, described
   std::string problem;               // why none could be chosen
 };
 

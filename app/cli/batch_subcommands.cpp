@@ -14,6 +14,7 @@
 #include "ui/input_name_dialog.h"
 #include "ui/para_set_dialog.h"
 #include "ui/single_outline_run.h"
+#include "util/shown_number.h"
 
 namespace cli::batch {
 
@@ -152,7 +153,7 @@ int AddFrames(const Options& o, CBatchTaskInfo& task, AcDbDatabase* db, Json& j,
     j.beginObject().key("tool").value(frame.toolNumber).key("entities").value(selection.length());
     j.key("centre").beginArray().value(centre.x).value(centre.y).endArray().endObject();
     char axis[64];
-    std::snprintf(axis, sizeof axis, "%g", found.dY);
+    std::snprintf(axis, sizeof axis, "%g", Shown(found.dY));
     Say(o, "tool " + frame.toolNumber + " added to " + task.m_strName + " (" + std::to_string(selection.length()) +
                " entities, axis at y = " + axis + ")");
   }

@@ -15,6 +15,7 @@
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/tags.h"
 #include "ui/centre_line.h"
+#include "util/shown_number.h"
 
 namespace cli {
 
@@ -87,8 +88,8 @@ std::vector<Frame> toolFrames(const AcDbDatabase& db, host::BlockExtents& blocks
 // The window option that selects what lies in a frame's box.
 std::string windowOption(const AcDbExtents& box) {
   char buf[160];
-  std::snprintf(buf, sizeof buf, "--window %g,%g,%g,%g", box.minPoint().x, box.minPoint().y, box.maxPoint().x,
-                box.maxPoint().y);
+  std::snprintf(buf, sizeof buf, "--window %g,%g,%g,%g", Shown(box.minPoint().x), Shown(box.minPoint().y),
+                Shown(box.maxPoint().x), Shown(box.maxPoint().y));
   return buf;
 }
 }  // namespace
@@ -202,8 +203,8 @@ int runInfo(const Args& args) {
   std::printf("  code page  %s\n", codePage.c_str());
   std::printf("  units      %s\n", unitName(db.insunits()));
   if (extents.isValid())
-    std::printf("  extents    (%g, %g) - (%g, %g)\n", extents.minPoint().x, extents.minPoint().y, extents.maxPoint().x,
-                extents.maxPoint().y);
+    std::printf("  extents    (%g, %g) - (%g, %g)\n", Shown(extents.minPoint().x), Shown(extents.minPoint().y),
+                Shown(extents.maxPoint().x), Shown(extents.maxPoint().y));
   // Names are padded by the columns they take on a terminal, so that
   // Chinese names line up with the others.
   std::size_t w = 14;
@@ -228,8 +229,8 @@ int runInfo(const Args& args) {
     std::printf("    %shandle %s", PadToWidth(f.toolNumber.empty() ? "(no number)" : f.toolNumber, w).c_str(),
                 f.handle.c_str());
     if (f.box.isValid())
-      std::printf(", box (%g, %g) - (%g, %g), %s", f.box.minPoint().x, f.box.minPoint().y, f.box.maxPoint().x,
-                  f.box.maxPoint().y, windowOption(f.box).c_str());
+      std::printf(", box (%g, %g) - (%g, %g), %s", Shown(f.box.minPoint().x), Shown(f.box.minPoint().y),
+                  Shown(f.box.maxPoint().x), Shown(f.box.maxPoint().y), windowOption(f.box).c_str());
     std::printf("\n");
   }
   for (const auto& w : diag.warnings) con.warn(w);

@@ -22,6 +22,7 @@
 #include "ui/centre_line.h"
 #include "ui/selection_limits.h"
 #include "ui/single_outline_run.h"
+#include "util/shown_number.h"
 
 namespace cli {
 
@@ -236,15 +237,16 @@ void printJob(const OutlineOptions& o, const Job& job) {
   if (!o.con.text()) return;
   if (made)
     std::printf("%s%s: outline %s, %zu vertices, box (%g, %g) - (%g, %g) -> %s\n", who.c_str(), job.message.c_str(),
-                report.handle.c_str(), report.vertices.size(), report.box[0], report.box[1], report.box[2],
-                report.box[3], o.output.c_str());
+                report.handle.c_str(), report.vertices.size(), Shown(report.box[0]), Shown(report.box[1]),
+                Shown(report.box[2]), Shown(report.box[3]), o.output.c_str());
   else
     std::printf("%s%s: no outline from %d selected entities: %s\n", who.c_str(), job.message.c_str(), job.selected,
                 job.problem.c_str());
   if (job.haveAxis) {
     const double len = robust::Norm(job.axis.dir);
     std::printf("  method %s, axis through (%g, %g) along (%g, %g), %s side: %s", o.exact ? "exact" : "robust",
-                job.axis.origin.x, job.axis.origin.y, job.axis.dir.x / len, job.axis.dir.y / len,
+                Shown(job.axis.origin.x), Shown(job.axis.origin.y), Shown(job.axis.dir.x / len),
+                Shown(job.axis.dir.y / len),
                 job.axis.lowerSide ? "lower" : "upper", job.axisReason.c_str());
     if (!o.exact) std::printf("; gap %g, chord tolerance %g", job.gap, o.chordTol);
     std::printf("\n");
@@ -303,8 +305,9 @@ int outlineDrawing(const OutlineOptions& o, Json& j) {
                             "Choose one with --tool NUMBER, all with --all-tools, or give a window:";
       for (const DrawingFrame& f : frames) {
         char text[200];
-        std::snprintf(text, sizeof text, "\n  tool %s: --window %g,%g,%g,%g", f.toolNumber.c_str(), f.box.m_ptMin.x,
-                      f.box.m_ptMin.y, f.box.m_ptMax.x, f.box.m_ptMax.y);
+        std::snprintf(text, sizeof text, "\n  tool %s: --window %g,%g,%g,%g", f.toolNumber.c_str(),
+                      Shown(f.box.m_ptMin.x), Shown(f.box.m_ptMin.y), Shown(f.box.m_ptMax.x),
+                      Shown(f.box.m_ptMax.y));
         message += text;
       }
       return fail(2, o.input + ": " + message);
@@ -400,7 +403,8 @@ int outlineDrawing(const OutlineOptions& o, Json& j) {
     pic.title = o.input + "  " + first.message;
     char note[300];
     std::snprintf(note, sizeof note, "method %s; axis through (%g, %g) along (%g, %g), %s side", o.exact ? "exact" : "robust",
-                  first.axis.origin.x, first.axis.origin.y, first.axis.dir.x, first.axis.dir.y,
+                  Shown(first.axis.origin.x), Shown(first.axis.origin.y), Shown(first.axis.dir.x),
+                  Shown(first.axis.dir.y),
                   first.axis.lowerSide ? "lower" : "upper");
     pic.notes.push_back(note);
     if (!first.axisReason.empty()) pic.notes.push_back("axis: " + first.axisReason);

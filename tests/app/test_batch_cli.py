@@ -147,6 +147,20 @@ def naming_outside_frames():
     batch(path("loose.dxf"), "new-task", "B", "-o", out)
     r = batch_json(out, "add-tool", "B", "--handles", f"{h},{h2}", "--centre", "2020,0", "--in-place")
     assert r["tool"] == "0001" and "未获取到图框中刀具编号，请手动输入" in r["warnings"][0], r
+    # A part drawn upright: its centre line is listed but cannot be the axis.
+    doc = ezdxf.readfile(SHEET)
+    if "CENTER" not in doc.linetypes:
+        doc.linetypes.add("CENTER", [2.0, 1.25, -0.25, 0.25, -0.25])
+    msp = doc.modelspace()
+    upright = [msp.add_line((3000, 0), (3000, 40), dxfattribs={"linetype": "CENTER"}).dxf.handle,
+               msp.add_line((2995, 0), (2995, 40)).dxf.handle, msp.add_line((3005, 0), (3005, 40)).dxf.handle]
+    doc.saveas(path("upright.dxf"))
+    batch(path("upright.dxf"), "new-task", "C", "-o", out)
+    p = batch(out, "add-tool", "C", "--handles", ",".join(upright), "--centre", "auto", "--in-place", code=2)
+    assert "other centre line is not horizontal" in p.stderr, p.stderr
+    r = json.loads(subprocess.run([ENVLINE, "info", path("upright.dxf"), "--json"], capture_output=True,
+                                  text=True, check=True).stdout)
+    assert [c for c in r["centre_lines"] if "vertical at x = 3000" in c], r["centre_lines"]
 
 
 def usage_and_file_errors():
