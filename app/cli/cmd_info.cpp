@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 #include "app/cli/arguments.h"
 #include "app/cli/commands.h"
@@ -115,15 +116,37 @@ int runInfo(const Args& args) {
   con.detail("read " + path + " in " + MsText(clock));
   const AcDbDatabase& db = *d.database;
   std::map<std::string, int> byKind, byLayer;
+  // Counted by class and by layer first, so that names are looked up once
+  // each; an entity of each class (the first) gives the class its kind name.
+  // Entities the host keeps generically carry their own kind name.
+  struct ClassCount {
+    int count = 0;
+    AcDbObjectId first;
+  };
+  std::unordered_map<const AcRxClass*, ClassCount> byClass;
+  std::unordered_map<AcDbObjectId, int> byLayerId;
   AcDbExtents extents;
   // Each block's box is worked out once, however often it is inserted.
   host::BlockExtents blockBoxes;
   for (AcDbObjectId id : host::allEntities(&db)) {
     AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
-    ++byKind[host::dxf::kindName(*e.get())];
-    ++byLayer[e->layer()];
+    if (e->isA() == AcDbGenericEntity::desc()) {
+      ++byKind[host::dxf::kindName(*e.get())];
+    } else {
+      ClassCount& c = byClass[e->isA()];
+      if (c.count++ == 0) c.first = id;
+    }
+    ++byLayerId[e->layerId()];
     AcDbExtents ext;
     if (blockBoxes.entityExtents(*e.get(), ext) == Acad::eOk) extents.addExt(ext);
+  }
+  for (const auto& [cls, c] : byClass) {
+    AcDbObjectPointer<AcDbEntity> e(c.first, AcDb::kForRead);
+    byKind[host::dxf::kindName(*e.get())] += c.count;
+  }
+  for (const auto& [layer, n] : byLayerId) {
+    AcDbObjectPointer<AcDbLayerTableRecord> rec(layer, AcDb::kForRead, true);
+    byLayer[rec ? rec->getName() : std::string()] += n;
   }
   struct Block {
     std::string name;

@@ -30,6 +30,16 @@ struct PendingRefs {
   std::vector<std::pair<AcDbObjectId, AcDbHandle>> groupMembers;
   std::vector<std::pair<AcDbObjectId, std::string>> blockNames;      // references and dimensions
   std::vector<std::pair<AcDbObjectId, std::string>> layerLinetypes;  // layer records
+  // Empties every list, keeping their storage.
+  void clear() {
+    owners.clear();
+    extensionDictionaries.clear();
+    reactors.clear();
+    dictionaryEntries.clear();
+    groupMembers.clear();
+    blockNames.clear();
+    layerLinetypes.clear();
+  }
 };
 
 class ReadContext {
@@ -46,8 +56,15 @@ class ReadContext {
   AcDbObjectId textStyle(std::string_view name);
 
  private:
-  std::string m_lastLayerName, m_lastLinetypeName;
-  AcDbObjectId m_lastLayer, m_lastLinetype;
+  // The last record found by a name, kept while it lives under the name it
+  // had then (a context that outlives the reading sees renames and erasures).
+  struct LastFound {
+    std::string asked, recordName;
+    AcDbObjectId id;
+    bool holds(std::string_view name) const;
+    void keep(std::string_view name, AcDbObjectId record);
+  };
+  LastFound m_lastLayer, m_lastLinetype;
 };
 
 // Fields every object has in a file: handle, owner, extension dictionary,

@@ -14,22 +14,34 @@ AcDbObjectId findRecord(AcDbObjectId table, std::string_view name) {
 }
 }  // namespace
 
+bool ReadContext::LastFound::holds(std::string_view name) const {
+  if (id.isNull() || name != asked) return false;
+  const auto* rec = peek<AcDbSymbolTableRecord>(id);
+  return rec && !id.isErased() && rec->getName() == recordName;
+}
+
+void ReadContext::LastFound::keep(std::string_view name, AcDbObjectId record) {
+  asked.assign(name);
+  id = record;
+  const auto* rec = peek<AcDbSymbolTableRecord>(record);
+  recordName = rec ? rec->getName() : std::string();
+}
+
 AcDbObjectId ReadContext::layer(std::string_view name) {
   if (name.empty()) name = "0";
   // Neighbouring entities mostly share their layer.
-  if (name == m_lastLayerName && !m_lastLayer.isNull()) return m_lastLayer;
+  if (m_lastLayer.holds(name)) return m_lastLayer.id;
   AcDbObjectId id = findRecord(db.layerTableId(), name);
   if (id.isNull()) {
     diag.warn("layer '" + std::string(name) + "' is used but not defined; it was added");
     findLayer(&db, std::string(name), id, true);
   }
-  m_lastLayerName.assign(name);
-  m_lastLayer = id;
+  m_lastLayer.keep(name, id);
   return id;
 }
 
 AcDbObjectId ReadContext::linetype(std::string_view name) {
-  if (name == m_lastLinetypeName && !m_lastLinetype.isNull()) return m_lastLinetype;
+  if (m_lastLinetype.holds(name)) return m_lastLinetype.id;
   AcDbObjectId id = findRecord(db.linetypeTableId(), name);
   if (id.isNull()) {
     diag.warn("linetype '" + std::string(name) + "' is used but not defined; it was added");
@@ -42,8 +54,7 @@ AcDbObjectId ReadContext::linetype(std::string_view name) {
       table->close();
     }
   }
-  m_lastLinetypeName.assign(name);
-  m_lastLinetype = id;
+  m_lastLinetype.keep(name, id);
   return id;
 }
 

@@ -1,5 +1,6 @@
 // Entities that the reader leaves as their text and builds on first use.
 #include <deque>
+#include <optional>
 
 #include "host/dxf/codec.h"
 #include "host/dxf/encoding.h"
@@ -28,24 +29,23 @@ class EntityLoader final : public AcDbObjectLoader {
     std::vector<Tag>& tags = m_tags;
     std::vector<Tag>& own = m_own;
     tags.clear();
-    std::deque<std::string> decodedValues;
+    m_decodedValues.clear();
     Tag t;
     while (reader.next(t)) {
       if (hasEscapes(t.value)) {
-        decodedValues.push_back(decodeEscapes(t.value));
-        t.value = decodedValues.back();
+        m_decodedValues.push_back(decodeEscapes(t.value));
+        t.value = m_decodedValues.back();
       }
       tags.push_back(t);
     }
     if (tags.empty()) return;  // no slot is deferred without its text
-    const std::string kind(tags.front().value);
+    const std::string_view kind = tags.front().value;
     CommonFields common;
     splitObject(tags, common, own);
-    Diagnostics quiet;  // what the reader had to say, it said while reading
-    ReadContext ctx(db, quiet);
+    ReadContext& ctx = context(db);
     PendingNames names;
     AcDbEntity* entity = decodeEntity(kind, own, ctx, names);
-    if (!entity) entity = new AcDbGenericEntity(kind);
+    if (!entity) entity = new AcDbGenericEntity(std::string(kind));
     db.attachLoaded(id, entity);
     AcDbDatabase::Slot* s = db.slot(id);
     if (!s || s->object != entity) return;
@@ -68,7 +68,19 @@ class EntityLoader final : public AcDbObjectLoader {
   }
 
  private:
+  // One context for every entity of the drawing, so that its look-ups of
+  // layers and linetypes by name carry from entity to entity; what it
+  // gathers for one entity is cleared before the next.
+  ReadContext& context(AcDbDatabase& db) {
+    if (!m_context || &m_context->db != &db) m_context.emplace(db, m_quiet);
+    m_context->pending.clear();
+    m_quiet.warnings.clear();  // what the reader had to say, it said while reading
+    return *m_context;
+  }
   std::vector<Tag> m_tags, m_own;  // reused from entity to entity
+  std::deque<std::string> m_decodedValues;  // stable storage for decoded values
+  Diagnostics m_quiet;
+  std::optional<ReadContext> m_context;
 };
 
 }  // namespace

@@ -139,6 +139,40 @@ TEST(DxfDeferredEntities, KeepTheReadersChecksAndHandleRules) {
   EXPECT_TRUE(dxf_text::Warned(td, "used twice"));
 }
 
+TEST(DxfDeferredEntities, TakeTheirLayerByNameWhenFirstOpened) {
+  // Entities are built one after another with the layer found last kept
+  // for the next; a layer renamed in between must not be taken for the name.
+  const std::string onA = "  0\nLINE\n  5\n%H\n100\nAcDbEntity\n  8\nA\n100\nAcDbLine\n 10\n0.0\n 20\n0.0\n"
+                          " 11\n1.0\n 21\n1.0\n";
+  std::string lines;
+  for (const char* h : {"40", "41", "42"}) lines += std::string(onA).replace(onA.find("%H"), 2, h);
+  DxfDrawing d;
+  Diagnostics diag;
+  ASSERT_TRUE(host::dxf::readDxfText(drawing(lines), d, diag)) << diag.error;
+  const AcDbObjectIdArray model = entitiesOf(d.database->modelSpaceId());
+  ASSERT_EQ(model.length(), 3);
+  AcDbObjectId first;
+  {
+    AcDbObjectPointer<AcDbLine> l(model[0], AcDb::kForRead);
+    ASSERT_TRUE(l);
+    EXPECT_EQ(l->layer(), "A");
+    first = l->layerId();
+  }
+  {
+    AcDbObjectPointer<AcDbLayerTableRecord> layer(first, AcDb::kForWrite);
+    ASSERT_TRUE(layer);
+    ASSERT_EQ(layer->setName("B"), Acad::eOk);
+  }
+  AcDbObjectId fresh;
+  ASSERT_EQ(host::findLayer(d.database.get(), "A", fresh, true), Acad::eOk);
+  ASSERT_NE(fresh, first);
+  for (int i : {1, 2}) {
+    AcDbObjectPointer<AcDbLine> l(model[i], AcDb::kForRead);
+    ASSERT_TRUE(l);
+    EXPECT_EQ(l->layerId(), fresh) << i;
+  }
+}
+
 TEST(DxfTags, LinesInEveryFormWritersUse) {
   // Padded and bare codes, CRLF endings, a negative code, a five-character
   // code line, empty values and a last line without its ending.
