@@ -56,10 +56,37 @@ bool looksNumeric(std::string_view text, bool* longExponent) {
   return digit;
 }
 
+namespace {
+// Decimal numbers of up to 19 digits whose value and power of ten are both
+// exact doubles: one correctly rounded multiplication or division gives the
+// same double as a full conversion. False leaves the text to the full one.
+bool parseSimpleDouble(std::string_view text, double& value) {
+  static constexpr double kPow10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                      1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+  const char* p = text.data();
+  const char* const end = p + text.size();
+  const bool negative = p < end && *p == '-';
+  p += negative;
+  std::uint64_t mantissa = 0;
+  int digits = 0, fraction = 0;
+  for (; p < end && static_cast<unsigned>(*p - '0') < 10; ++p, ++digits) mantissa = mantissa * 10 + (*p - '0');
+  if (p < end && *p == '.') {
+    for (++p; p < end && static_cast<unsigned>(*p - '0') < 10; ++p, ++digits, ++fraction)
+      mantissa = mantissa * 10 + (*p - '0');
+  }
+  if (p != end || digits == 0 || digits > 19 || mantissa > (std::uint64_t(1) << 53) || fraction > 22) return false;
+  const double m = static_cast<double>(mantissa);
+  value = fraction ? m / kPow10[fraction] : m;
+  if (negative) value = -value;
+  return true;
+}
+}  // namespace
+
 bool parseDouble(std::string_view text, double& value) {
   text = trim(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   if (text.empty()) return false;
+  if (parseSimpleDouble(text, value)) return true;
   const auto [p, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
   return ec == std::errc() && p == text.data() + text.size() && std::isfinite(value);
 }

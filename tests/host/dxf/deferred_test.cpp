@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <random>
 
 #include "host/db/operations.h"
 #include "host/dxf/dxf_file.h"
@@ -197,6 +201,36 @@ TEST(DxfTags, LinesInEveryFormWritersUse) {
   host::dxf::TagReader again(text);
   ASSERT_TRUE(again.next(t) && again.next(t));
   EXPECT_EQ(t.offset, text.find("8\n"));
+}
+
+TEST(DxfTags, NumbersReadAsTheFullConversionReadsThem) {
+  // Short decimals take a quicker path; every text must give the double
+  // (or the refusal) that the standard conversion gives, to the last bit.
+  auto reference = [](std::string_view text, double& value) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t' || text.back() == '\r')) text.remove_suffix(1);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    const auto [p, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return !text.empty() && ec == std::errc() && p == text.data() + text.size() && std::isfinite(value);
+  };
+  std::vector<std::string> texts = {"5.", ".5", "-.5", "-", ".", "-0", "-0.0", "00012.50", "9007199254740993",
+                                    "9007199254740992.5", "1234567890123456789", "12345678901234567890",
+                                    "0.0000000000000000000001", "0.00000000000000000000001", "+1.5", " 2.25 ",
+                                    "1.5\r", "--1", "1.2.3", "1e5", "1E-5", "1e", "inf", "nan", "0.1", "0.3"};
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 200000; ++i) {
+    std::string s(1 + random() % 21, '0');
+    const bool anyChar = random() % 2;
+    for (char& c : s) c = anyChar ? "0123456789.-"[random() % 12] : static_cast<char>('0' + random() % 10);
+    if (!anyChar) s[random() % s.size()] = '.';
+    texts.push_back(s);
+  }
+  for (const std::string& text : texts) {
+    double want = 0, got = 0;
+    const bool ok = reference(text, want);
+    ASSERT_EQ(host::dxf::parseDouble(text, got), ok) << text;
+    if (ok) ASSERT_EQ(std::bit_cast<std::uint64_t>(got), std::bit_cast<std::uint64_t>(want)) << text;
+  }
 }
 
 }  // namespace
