@@ -110,10 +110,13 @@ void DrawFlutedInto(Pen& pen, const ToolSpec& spec) {
     pen.pieces(0.5, side * rs, shankEnd, side * rs, 2.0);
     pen.line(shankEnd, side * rs, shankEnd + 0.5, side * rs);
     const double cx = shankEnd + 0.5, cy = side * (rs + 1.0);
-    // A quarter arc from the shank up (or down) into the body's corner.
-    if (side > 0) pen.arc(cx, cy, 1.0, 1.5 * kPi, 1.5 * kPi + std::asin(std::min(1.0, (R - rs) / 1.0)));
-    else pen.arc(cx, cy, 1.0, 0.5 * kPi - std::asin(std::min(1.0, (R - rs) / 1.0)), 0.5 * kPi);
-    pen.line(cx + std::sqrt(std::max(0.0, 1 - (R - rs) * (R - rs))), side * R, bodyStart, side * R);
+    // An arc of radius 1 from the shank up (or down) to the body's
+    // radius, and the body's line on from its end: the sweep a is where the
+    // circle about (cx, cy) meets |y| = R.
+    const double a = std::acos(std::min(1.0, rs + 1.0 - R));
+    if (side > 0) pen.arc(cx, cy, 1.0, 1.5 * kPi, 1.5 * kPi + a);
+    else pen.arc(cx, cy, 1.0, 0.5 * kPi - a, 0.5 * kPi);
+    pen.line(cx + std::sin(a), side * R, bodyStart, side * R);
     pen.pieces(bodyStart, side * R, bodyEnd, side * R, 2.0);
     pen.pieces(bodyEnd, side * R, L, 0, 1.0);
   }
