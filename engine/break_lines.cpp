@@ -1,6 +1,7 @@
 // Cutting the working lines where they cross (pairwise) or into slabs at the
 // end points of the other lines.
 #include <algorithm>
+#include <iterator>
 
 #include "engine/encircle_line.h"
 #include "engine/spatial_index.h"
@@ -145,39 +146,55 @@ int CEncircleLine::GetBreakIndex(const AcArray<AcGePoint3d>& pts, AcGePoint3d pt
   return -1;
 }
 
+namespace {
+// Replaces the record by its pieces, appended to pieces: the old line is
+// erased and one new line per piece is made on its layer, from the start
+// through the break points sorted by distance to the end. A piece too short
+// to be a line is left out. Each piece's record is made from the points the
+// new line was given (as reading the line back gives them).
+void CutIntoPieces(CLineInfo& line, std::vector<CLineInfo>& pieces) {
+  line.Sort();
+  const AcDbObjectId layer = util::GetLayerId(line.m_id);
+  util::EraseEntity(line.m_id);
+  line.m_id = AcDbObjectId::kNull;
+  AcGePoint3d from = line.m_ptStart;
+  auto piece = [&](const AcGePoint3d& to) {
+    const AcDbObjectId id = util::CreateLine(from, to, layer);
+    if (!id.isNull()) {
+      CLineInfo& r = pieces.emplace_back();
+      r.m_id = id;
+      r.m_ptStart = AcGePoint3d(from.x, from.y, 0);
+      r.m_ptEnd = AcGePoint3d(to.x, to.y, 0);
+    }
+    from = to;
+  };
+  for (const AcGePoint3d& p : line.m_breakPts) piece(p);
+  piece(line.m_ptEnd);
+}
+}  // namespace
+
 bool CEncircleLine::SplitLine(CLineInfo& line, AcArray<AcDbObjectId>& ids) {
   ids.removeAll();
   if (line.m_breakPts.empty() || !line.m_bValid) return false;
-  line.Sort();
-  std::vector<AcGePoint3d> chain;
-  chain.push_back(line.m_ptStart);
-  chain.insert(chain.end(), line.m_breakPts.begin(), line.m_breakPts.end());
-  chain.push_back(line.m_ptEnd);
-  const CString layer = util::GetLayerName(line.m_id);
-  util::EraseEntity(line.m_id);
-  line.m_id = AcDbObjectId::kNull;
-  for (std::size_t k = 0; k + 1 < chain.size(); ++k) {
-    const AcDbObjectId id = util::CreateLine(chain[k], chain[k + 1], layer);
-    if (!id.isNull()) ids.append(id);
-  }
+  std::vector<CLineInfo> pieces;
+  CutIntoPieces(line, pieces);
+  for (const CLineInfo& r : pieces) ids.append(r.m_id);
   return true;
 }
 
 void CEncircleLine::SplitLines(std::vector<CLineInfo>& lines) {
   // The records that are not cut keep their order; the pieces follow, in
   // the order their parents were met.
-  AcArray<AcDbObjectId> ids;
-  std::vector<AcDbObjectId> pieces;
+  std::vector<CLineInfo> pieces;
   std::size_t kept = 0;
   for (std::size_t k = 0; k < lines.size(); ++k) {
-    if (SplitLine(lines[k], ids)) {
-      pieces.insert(pieces.end(), ids.begin(), ids.end());
+    if (!lines[k].m_breakPts.empty() && lines[k].m_bValid) {
+      CutIntoPieces(lines[k], pieces);
       continue;
     }
     if (kept != k) lines[kept] = std::move(lines[k]);
     ++kept;
   }
   lines.resize(kept);
-  lines.reserve(kept + pieces.size());
-  for (AcDbObjectId id : pieces) lines.emplace_back(id);
+  lines.insert(lines.end(), std::make_move_iterator(pieces.begin()), std::make_move_iterator(pieces.end()));
 }

@@ -15,6 +15,9 @@ constexpr double kMinLineLength = 1e-6;
 // layer or on layer when one is named; null when the points are closer than
 // kMinLineLength.
 AcDbObjectId CreateLine(const AcGePoint3d& start, const AcGePoint3d& end, const CString& layer = CString());
+// The same on the layer of that id (the current layer when it is null): no
+// look-up by name, for callers that make many lines on one layer.
+AcDbObjectId CreateLine(const AcGePoint3d& start, const AcGePoint3d& end, AcDbObjectId layerId);
 
 // Erases an entity; a group erases its members (recursively) and stays. A
 // null id does nothing; an object that does not open is passed over.
@@ -30,5 +33,7 @@ AcArray<AcDbObjectId> SelectAllOnLayer(const CString& layer);
 
 // The layer name of an entity; empty when it does not open.
 CString GetLayerName(AcDbObjectId id);
+// The id of an entity's layer; null when it does not open.
+AcDbObjectId GetLayerId(AcDbObjectId id);
 
 }  // namespace util
