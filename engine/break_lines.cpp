@@ -1,7 +1,6 @@
 // Cutting the working lines where they cross (pairwise) or into slabs at the
 // end points of the other lines.
 #include <algorithm>
-#include <iterator>
 
 #include "engine/encircle_line.h"
 #include "engine/spatial_index.h"
@@ -184,17 +183,16 @@ bool CEncircleLine::SplitLine(CLineInfo& line, AcArray<AcDbObjectId>& ids) {
 
 void CEncircleLine::SplitLines(std::vector<CLineInfo>& lines) {
   // The records that are not cut keep their order; the pieces follow, in
-  // the order their parents were met.
-  std::vector<CLineInfo> pieces;
-  std::size_t kept = 0;
-  for (std::size_t k = 0; k < lines.size(); ++k) {
-    if (!lines[k].m_breakPts.empty() && lines[k].m_bValid) {
-      CutIntoPieces(lines[k], pieces);
-      continue;
-    }
-    if (kept != k) lines[kept] = std::move(lines[k]);
-    ++kept;
-  }
-  lines.resize(kept);
-  lines.insert(lines.end(), std::make_move_iterator(pieces.begin()), std::make_move_iterator(pieces.end()));
+  // the order their parents were met. The result is made at its final size
+  // (a cut record gives at most one piece more than it has break points).
+  const auto isCut = [](const CLineInfo& r) { return !r.m_breakPts.empty() && r.m_bValid; };
+  std::size_t size = 0;
+  for (const CLineInfo& r : lines) size += isCut(r) ? r.m_breakPts.size() + 1 : 1;
+  std::vector<CLineInfo> out;
+  out.reserve(size);
+  for (CLineInfo& r : lines)
+    if (!isCut(r)) out.push_back(std::move(r));
+  for (CLineInfo& r : lines)
+    if (isCut(r)) CutIntoPieces(r, out);
+  lines = std::move(out);
 }

@@ -208,6 +208,7 @@ void CEncircleLine::GetEncircleLine3(const AcArray<AcDbObjectId>& ids, AcDbObjec
     ConnectBreakLine(E_VIEW_FROM_BELOW, l0);
     append(accumulated, l0);
   }
+  std::vector<CLineInfo>().swap(b1);  // its memory goes before the next cut
   std::vector<CLineInfo> b2 = lines;
   BreakLines2(b2, false, true);
   if (m_info.m_bVerticalEnds) {
@@ -234,6 +235,7 @@ void CEncircleLine::GetEncircleLine3(const AcArray<AcDbObjectId>& ids, AcDbObjec
       ConnectBreakLine(E_VIEW_FROM_LEFT, l3);
       append(accumulated, l3);
     }
+    std::vector<CLineInfo>().swap(b2);
     std::vector<CLineInfo> b3 = lines;
     BreakLines2(b3, false, false);
     if (d != 3) {

@@ -3,16 +3,12 @@
 #include <iterator>
 
 #include "engine/encircle_line.h"
+#include "engine/line_geometry.h"
 #include "engine/spatial_index.h"
 #include "host/ge/line_seg3d.h"
 
 void CEncircleLine::UpdateLineStartEndPt(E_RemoveLine_Dir dir, std::vector<CLineInfo>& lines) {
-  for (CLineInfo& line : lines) {
-    const AcGePoint3d a = line.m_ptStart, b = line.m_ptEnd;
-    // Strictly greater keeps the order; a tie swaps, so a second call swaps back.
-    const bool keep = (dir == 0 || dir == 1) ? b.x > a.x : a.y > b.y;
-    if (!keep) std::swap(line.m_ptStart, line.m_ptEnd);
-  }
+  for (CLineInfo& line : lines) engine::OrientForView(dir, line.m_ptStart, line.m_ptEnd);
 }
 
 void CEncircleLine::SortLineInfos(std::vector<CLineInfo>& lines, bool bByX) {

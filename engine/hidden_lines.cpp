@@ -131,35 +131,45 @@ bool CEncircleLine::IsPtInLineSpecifiedDir2(AcGePoint3d P, AcGePoint3d A, AcGePo
 }
 
 std::vector<CLineInfo> CEncircleLine::RemoveLine2(E_RemoveLine_Dir dir, const std::vector<CLineInfo>& lines) {
-  std::vector<CLineInfo> w = lines;
-  UpdateLineStartEndPt(dir, w);
-  // The references are the records as oriented, also those removed below: a
-  // record may be hidden by one that is itself hidden (the records go only
-  // at the end, so w itself serves). Whether some reference hides a record
-  // does not depend on the order in which the references are tried, so only
-  // those that can are tried.
-  const std::vector<CLineInfo>& ref = w;
-  const DirectionRefs refs(ref, dir, m_info.m_tolPoint.equalPoint());
+  // The records are taken as UpdateLineStartEndPt orients them for dir, each
+  // oriented where it is used rather than in a copy of them all. The
+  // references are all records, also those removed below: a record may be
+  // hidden by one that is itself hidden. Whether some reference hides a
+  // record does not depend on the order in which the references are tried,
+  // so only those that can are tried. The index, the midpoint, the view
+  // test and the test of equal records do not depend on the orientation.
+  const DirectionRefs refs(lines, dir, m_info.m_tolPoint.equalPoint());
   const double fine = m_info.m_tolFine.equalPoint();
-  std::vector<char> gone(w.size(), 0);
-  for (std::size_t k = 0; k < w.size(); ++k) {
-    const CLineInfo& rec = ref[k];
+  std::vector<char> gone(lines.size(), 0);
+  std::size_t kept = 0;
+  for (std::size_t k = 0; k < lines.size(); ++k) {
+    const CLineInfo& rec = lines[k];
     bool hidden = RunsAlongView(rec, dir, fine);
     if (!hidden) {
       const AcGePoint3d m = AcGePoint3d::mid(rec.m_ptStart, rec.m_ptEnd);
       hidden = refs.Any(m, [&](std::uint32_t j) {
-        const CLineInfo& r = ref[j];
+        const CLineInfo& r = lines[j];
         if (r.m_id == rec.m_id && !r.m_id.isNull()) return false;
         if (rec.IsEqual(r, m_info.m_tolPoint)) return false;
-        return IsPtInLineSpecifiedDir2(m, r.m_ptStart, r.m_ptEnd, dir);
+        AcGePoint3d a = r.m_ptStart, b = r.m_ptEnd;
+        engine::OrientForView(dir, a, b);
+        return IsPtInLineSpecifiedDir2(m, a, b, dir);
       });
     }
     if (hidden) {
       util::EraseEntity(rec.m_id);
       gone[k] = 1;
+    } else {
+      ++kept;
     }
   }
-  engine::EraseMarked(w, gone);
+  std::vector<CLineInfo> w;
+  w.reserve(kept);
+  for (std::size_t k = 0; k < lines.size(); ++k) {
+    if (gone[k]) continue;
+    w.push_back(lines[k]);
+    engine::OrientForView(dir, w.back().m_ptStart, w.back().m_ptEnd);
+  }
   return w;
 }
 

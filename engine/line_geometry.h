@@ -1,6 +1,9 @@
 #pragma once
 // Geometric tests the engine stages share.
+#include <utility>
+
 #include "engine/line_info.h"
+#include "engine/remove_line_dir.h"
 #include "engine/vk_rect.h"
 
 namespace engine {
@@ -14,6 +17,14 @@ Alignment TestCollinear(const AcGePoint3d& p1, const AcGePoint3d& p2, const AcGe
                         double t);
 inline Alignment TestCollinear(const CLineInfo& a, const CLineInfo& b, double t) {
   return TestCollinear(a.m_ptStart, a.m_ptEnd, b.m_ptStart, b.m_ptEnd, t);
+}
+
+// A record's ends as seen from dir: left to right when looking along y
+// (dir 0 or 1), top to bottom otherwise. Strictly greater keeps the order; a
+// tie swaps, so orienting twice swaps back.
+inline void OrientForView(E_RemoveLine_Dir dir, AcGePoint3d& start, AcGePoint3d& end) {
+  const bool keep = (dir == 0 || dir == 1) ? end.x > start.x : start.y > end.y;
+  if (!keep) std::swap(start, end);
 }
 
 // The box spanned by a record's two points.

@@ -61,7 +61,7 @@ class StagedDriver : public CEncircleLine {
       ConnectBreakLine(E_VIEW_FROM_BELOW, l0);
       append(l0);
     }
-    b1 = {};
+    std::vector<CLineInfo>().swap(b1);  // its memory goes before the next cut
     hook("BreakLines2");
     std::vector<CLineInfo> b2 = lines;
     s.BreakLines2(b2, false, true);
@@ -90,7 +90,7 @@ class StagedDriver : public CEncircleLine {
         ConnectBreakLine(E_VIEW_FROM_LEFT, l3);
         append(l3);
       }
-      b2 = {};
+      std::vector<CLineInfo>().swap(b2);
       hook("BreakLines2");
       std::vector<CLineInfo> b3 = lines;
       s.BreakLines2(b3, false, false);
