@@ -56,15 +56,23 @@ class ReadContext {
   AcDbObjectId textStyle(std::string_view name);
 
  private:
-  // The last record found by a name, kept while it lives under the name it
-  // had then (a context that outlives the reading sees renames and erasures).
-  struct LastFound {
-    std::string asked, recordName;
-    AcDbObjectId id;
-    bool holds(std::string_view name) const;
+  // The last few records found by name, each kept while it lives under the
+  // name it had then (a context that outlives the reading sees renames and
+  // erasures). Neighbouring entities mostly share a handful of layers.
+  class RecentRecords {
+   public:
+    AcDbObjectId find(std::string_view name) const;
     void keep(std::string_view name, AcDbObjectId record);
+
+   private:
+    struct Entry {
+      std::string asked, recordName;
+      AcDbObjectId id;
+    };
+    Entry m_entries[4];
+    std::size_t m_next = 0;  // the entry to replace next
   };
-  LastFound m_lastLayer, m_lastLinetype;
+  RecentRecords m_layers, m_linetypes;
 };
 
 // Fields every object has in a file: handle, owner, extension dictionary,

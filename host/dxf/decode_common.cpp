@@ -14,34 +14,44 @@ AcDbObjectId findRecord(AcDbObjectId table, std::string_view name) {
 }
 }  // namespace
 
-bool ReadContext::LastFound::holds(std::string_view name) const {
-  if (id.isNull() || name != asked) return false;
-  const auto* rec = peek<AcDbSymbolTableRecord>(id);
-  return rec && !id.isErased() && rec->getName() == recordName;
+AcDbObjectId ReadContext::RecentRecords::find(std::string_view name) const {
+  for (const Entry& e : m_entries) {
+    if (e.id.isNull() || name != e.asked) continue;
+    const auto* rec = peek<AcDbSymbolTableRecord>(e.id);
+    return rec && !e.id.isErased() && rec->getName() == e.recordName ? e.id : AcDbObjectId();
+  }
+  return {};
 }
 
-void ReadContext::LastFound::keep(std::string_view name, AcDbObjectId record) {
-  asked.assign(name);
-  id = record;
+void ReadContext::RecentRecords::keep(std::string_view name, AcDbObjectId record) {
+  Entry* e = nullptr;
+  for (Entry& x : m_entries)
+    if (x.asked == name) e = &x;  // a record kept under the name that no longer holds
+  if (!e) {
+    e = &m_entries[m_next];
+    m_next = (m_next + 1) % std::size(m_entries);
+  }
+  e->asked.assign(name);
+  e->id = record;
   const auto* rec = peek<AcDbSymbolTableRecord>(record);
-  recordName = rec ? rec->getName() : std::string();
+  e->recordName = rec ? rec->getName() : std::string();
 }
 
 AcDbObjectId ReadContext::layer(std::string_view name) {
   if (name.empty()) name = "0";
   // Neighbouring entities mostly share their layer.
-  if (m_lastLayer.holds(name)) return m_lastLayer.id;
+  if (const AcDbObjectId kept = m_layers.find(name); !kept.isNull()) return kept;
   AcDbObjectId id = findRecord(db.layerTableId(), name);
   if (id.isNull()) {
     diag.warn("layer '" + std::string(name) + "' is used but not defined; it was added");
     findLayer(&db, std::string(name), id, true);
   }
-  m_lastLayer.keep(name, id);
+  m_layers.keep(name, id);
   return id;
 }
 
 AcDbObjectId ReadContext::linetype(std::string_view name) {
-  if (m_lastLinetype.holds(name)) return m_lastLinetype.id;
+  if (const AcDbObjectId kept = m_linetypes.find(name); !kept.isNull()) return kept;
   AcDbObjectId id = findRecord(db.linetypeTableId(), name);
   if (id.isNull()) {
     diag.warn("linetype '" + std::string(name) + "' is used but not defined; it was added");
@@ -54,7 +64,7 @@ AcDbObjectId ReadContext::linetype(std::string_view name) {
       table->close();
     }
   }
-  m_lastLinetype.keep(name, id);
+  m_linetypes.keep(name, id);
   return id;
 }
 

@@ -23,7 +23,12 @@ bool coord(const Tag& t, int base, AcGeVector3d& v) {
   return true;
 }
 AcGeVector3d normalOr(const AcGeVector3d& n) { return n.isZeroLength() ? AcGeVector3d::kZAxis : n.normal(); }
-AcGePoint3d toWorld(const AcGeVector3d& normal, AcGePoint3d p) { return p.transformBy(AcGeMatrix3d::planeToWorld(normal)); }
+AcGePoint3d toWorld(const AcGeVector3d& normal, AcGePoint3d p) {
+  // The plane of the common extrusion (0,0,1) is the world's: its matrix is
+  // the identity, whose product with finite coordinates only turns -0 into 0.
+  if (normal.x == 0 && normal.y == 0 && normal.z == 1) return AcGePoint3d(p.x + 0.0, p.y + 0.0, p.z + 0.0);
+  return p.transformBy(AcGeMatrix3d::planeToWorld(normal));
+}
 
 AcDbEntity* decodeLine(const std::vector<Tag>& own) {
   AcGePoint3d a, b;

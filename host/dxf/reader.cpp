@@ -30,18 +30,16 @@ int sectionRank(std::string_view name) {
 
 // Whether a group code's value must be a number; looked up in a table, as
 // every tag of a file asks.
-bool expectsNumber(int code) {
-  static const auto table = [] {
-    std::array<bool, 1072> t{};
-    for (int c = 0; c < 1072; ++c) {
-      const GroupKind k = groupKind(c);
-      t[c] = k == GroupKind::kReal || k == GroupKind::kPoint || k == GroupKind::kInt16 || k == GroupKind::kInt32 ||
-             k == GroupKind::kInt64 || k == GroupKind::kBool;
-    }
-    return t;
-  }();
-  return code >= 0 && code < 1072 && table[code];
-}
+const std::array<bool, 1072> kNumberCodes = [] {
+  std::array<bool, 1072> t{};
+  for (int c = 0; c < 1072; ++c) {
+    const GroupKind k = groupKind(c);
+    t[c] = k == GroupKind::kReal || k == GroupKind::kPoint || k == GroupKind::kInt16 || k == GroupKind::kInt32 ||
+           k == GroupKind::kInt64 || k == GroupKind::kBool;
+  }
+  return t;
+}();
+inline bool expectsNumber(int code) { return code >= 0 && code < 1072 && kNumberCodes[code]; }
 
 class Reader {
  public:

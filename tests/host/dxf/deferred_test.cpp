@@ -32,7 +32,7 @@ const std::string kLine =
     "330\n1F\n100\nAcDbEntity\n  8\n\\U+5C3A\\U+5BF8\\U+7EBF\n  6\nDASHED\n 62\n1\n100\nAcDbLine\n"
     " 10\n1.0\n 20\n2.0\n 30\n0.0\n 11\n4.0\n 21\n6.0\n 31\n0.0\n1001\nACAD\n1000\nkept\n";
 const std::string kPaperCircle =
-    "  0\nCIRCLE\n  5\n21\n100\nAcDbEntity\n 67\n1\n  8\n0\n100\nAcDbCircle\n 10\n0.0\n 20\n0.0\n 30\n0.0\n 40\n3.0\n";
+    "  0\nCIRCLE\n  5\n21\n100\nAcDbEntity\n 67\n1\n  8\n0\n100\nAcDbCircle\n 10\n-0.0\n 20\n0.0\n 30\n0.0\n 40\n3.0\n";
 
 AcDbObjectIdArray entitiesOf(AcDbObjectId block) {
   AcDbObjectPointer<AcDbBlockTableRecord> rec(block, AcDb::kForRead);
@@ -82,6 +82,8 @@ TEST(DxfDeferredEntities, AreBuiltOnFirstOpenWithEverythingTheFileSays) {
   AcDbObjectPointer<AcDbCircle> circle(paper[0], AcDb::kForRead);
   ASSERT_TRUE(circle);
   EXPECT_EQ(circle->radius(), 3.0);
+  // The centre is taken from its plane to the world, which makes -0 a 0.
+  EXPECT_EQ(std::bit_cast<std::uint64_t>(circle->center().x), std::bit_cast<std::uint64_t>(0.0));
 }
 
 TEST(DxfDeferredEntities, WriteBackUntouchedUntilChangedAndErase) {
