@@ -68,6 +68,9 @@ class ReadContext {
     struct Entry {
       std::string asked, recordName;
       AcDbObjectId id;
+      // The record's slot: slots and the objects in them stay where they
+      // are for the life of the database.
+      const AcDbDatabase::Slot* slot = nullptr;
     };
     Entry m_entries[4];
     std::size_t m_next = 0;  // the entry to replace next

@@ -16,9 +16,9 @@ AcDbObjectId findRecord(AcDbObjectId table, std::string_view name) {
 
 AcDbObjectId ReadContext::RecentRecords::find(std::string_view name) const {
   for (const Entry& e : m_entries) {
-    if (e.id.isNull() || name != e.asked) continue;
-    const auto* rec = peek<AcDbSymbolTableRecord>(e.id);
-    return rec && !e.id.isErased() && rec->getName() == e.recordName ? e.id : AcDbObjectId();
+    if (!e.slot || name != e.asked) continue;
+    const auto* rec = AcDbSymbolTableRecord::cast(e.slot->object);
+    return rec && !e.slot->erased && rec->getName() == e.recordName ? e.id : AcDbObjectId();
   }
   return {};
 }
@@ -35,6 +35,8 @@ void ReadContext::RecentRecords::keep(std::string_view name, AcDbObjectId record
   e->id = record;
   const auto* rec = peek<AcDbSymbolTableRecord>(record);
   e->recordName = rec ? rec->getName() : std::string();
+  AcDbDatabase* db = record.database();
+  e->slot = rec && db ? db->slot(record) : nullptr;
 }
 
 AcDbObjectId ReadContext::layer(std::string_view name) {

@@ -46,14 +46,13 @@ class EntityLoader final : public AcDbObjectLoader {
     PendingNames names;
     AcDbEntity* entity = decodeEntity(kind, own, ctx, names);
     if (!entity) entity = new AcDbGenericEntity(std::string(kind));
+    // What the file said is filled in before the entity joins its slot, so
+    // that it is no change to the drawing (and asks for no opening). The
+    // references it gathers are resolved below, by handle.
+    applyCommon(ctx, entity, common);
     db.attachLoaded(id, entity);
     AcDbDatabase::Slot* s = db.slot(id);
     if (!s || s->object != entity) return;
-    // Filling in what the file said is no change to the drawing.
-    const bool writer = s->writer;
-    s->writer = true;
-    applyCommon(ctx, entity, common);
-    s->writer = writer;
     // Every handle in the file is known by now: resolve references at once.
     auto find = [&](AcDbHandle h) {
       AcDbObjectId target;

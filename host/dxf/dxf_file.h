@@ -54,11 +54,19 @@ struct DxfDrawing {
   DxfFileInfo info;
 };
 
+// When the entities of the common kinds are built: on first use (a large
+// drawing is read without building what is only written back), or while
+// reading, for callers that open every entity anyway (one pass over their
+// text instead of two). Either way they come out the same.
+enum class EntityBuilding { kOnFirstUse, kWhileReading };
+
 // Reads a file (ASCII or binary). Small defects of other writers are
 // repaired with a warning; a malformed file gives false and an error that
 // names the line or byte offset.
-bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag);
-bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag);
+bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag,
+                 EntityBuilding building = EntityBuilding::kOnFirstUse);
+bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag,
+                 EntityBuilding building = EntityBuilding::kOnFirstUse);
 
 struct WriteOptions {
   std::string acadVer;  // empty: the version the drawing was read in

@@ -43,9 +43,10 @@ inline bool expectsNumber(int code) { return code >= 0 && code < 1072 && kNumber
 
 class Reader {
  public:
-  Reader(std::string_view text, DxfDrawing& drawing, Diagnostics& diag, std::vector<std::size_t> binaryOffsets = {},
-         std::size_t binarySize = 0)
-      : m_binaryOffsets(std::move(binaryOffsets)),
+  Reader(std::string_view text, DxfDrawing& drawing, Diagnostics& diag, EntityBuilding building,
+         std::vector<std::size_t> binaryOffsets = {}, std::size_t binarySize = 0)
+      : m_defer(building == EntityBuilding::kOnFirstUse),
+        m_binaryOffsets(std::move(binaryOffsets)),
         m_binarySize(binarySize),
         m_text(text), m_tags(m_text), m_db(*drawing.database), m_ctx(m_db, diag), m_info(drawing.info),
         m_diag(diag) {}
@@ -128,6 +129,7 @@ class Reader {
   void resolve();
   AcDbObjectId blockByName(const std::string& name, bool create);
 
+  bool m_defer = true;  // entities of the common kinds are built on first use
   std::vector<std::size_t> m_binaryOffsets;
   std::size_t m_binarySize = 0;
   std::string_view m_text;
@@ -618,7 +620,7 @@ bool Reader::readDeferred(const Tag& first, AcDbObjectId owner) {
 }
 
 bool Reader::readEntity(const Tag& first, AcDbObjectId owner) {
-  if (isDeferrableKind(first.value)) return readDeferred(first, owner);
+  if (m_defer && isDeferrableKind(first.value)) return readDeferred(first, owner);
   std::vector<Tag>& tags = m_tagBuffer;
   std::vector<Tag>& own = m_ownBuffer;
   std::size_t end = 0;
@@ -800,7 +802,8 @@ void Reader::resolve() {
 namespace {
 // Reads from bytes that the drawing keeps as its source (owner keeps them
 // alive); binary files and files that need decoding get a text of their own.
-bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDrawing& drawing, Diagnostics& diag) {
+bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDrawing& drawing, Diagnostics& diag,
+               EntityBuilding building) {
   diag.error.clear();
   std::vector<std::size_t> offsets;
   std::string_view text = bytes;
@@ -834,18 +837,18 @@ bool readOwned(std::string_view bytes, std::shared_ptr<const void> owner, DxfDra
   drawing.database->setSourceText(text, owner);
   drawing.database->setObjectLoader(makeEntityLoader());
   drawing.database->reserveHandles(text.size() / 128 + 64);  // an object takes 150 bytes or more
-  Reader reader(text, drawing, diag, std::move(offsets), bytes.size());
+  Reader reader(text, drawing, diag, building, std::move(offsets), bytes.size());
   return reader.run();
 }
 
 }  // namespace
 
-bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag) {
+bool readDxfText(std::string_view bytes, DxfDrawing& drawing, Diagnostics& diag, EntityBuilding building) {
   auto copy = std::make_shared<std::string>(bytes);
-  return readOwned(*copy, copy, drawing, diag);
+  return readOwned(*copy, copy, drawing, diag, building);
 }
 
-bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag) {
+bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag, EntityBuilding building) {
   // Read, not mapped: a file another program cuts short while we read it
   // gives an error message instead of a bus error.
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -876,7 +879,7 @@ bool readDxfFile(const std::string& path, DxfDrawing& drawing, Diagnostics& diag
     done += static_cast<std::size_t>(n);
   }
   ::close(fd);
-  if (!readOwned(*bytes, bytes, drawing, diag)) {
+  if (!readOwned(*bytes, bytes, drawing, diag, building)) {
     diag.error = path + ": " + diag.error;
     return false;
   }

@@ -83,6 +83,7 @@ bool parseSimpleDouble(std::string_view text, double& value) {
 }  // namespace
 
 bool parseDouble(std::string_view text, double& value) {
+  if (parseSimpleDouble(text, value)) return true;  // most values have no spaces to trim
   text = trim(text);
   if (!text.empty() && text.front() == '+') text.remove_prefix(1);
   if (text.empty()) return false;

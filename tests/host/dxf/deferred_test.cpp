@@ -6,9 +6,12 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "host/db/operations.h"
+#include "host/dxf/codec.h"
 #include "host/dxf/dxf_file.h"
 #include "host/dxf/tags.h"
 #include "dxf_text.h"
@@ -176,6 +179,62 @@ TEST(DxfDeferredEntities, TakeTheirLayerByNameWhenFirstOpened) {
     AcDbObjectPointer<AcDbLine> l(model[i], AcDb::kForRead);
     ASSERT_TRUE(l);
     EXPECT_EQ(l->layerId(), fresh) << i;
+  }
+}
+
+// Every entity of a drawing (model and paper space, blocks), as a file
+// would hold it, with what the file keeps elsewhere (owner, extension
+// dictionary, reactors, extended data), in order.
+std::vector<std::string> entityTexts(const DxfDrawing& d) {
+  std::vector<std::string> out;
+  host::dxf::Diagnostics quiet;
+  host::dxf::WriteContext ctx{*d.database, "AC1032", true, quiet};
+  AcDbObjectPointer<AcDbBlockTable> table(d.database->blockTableId(), AcDb::kForRead);
+  for (AcDbObjectId block : table->recordIds()) {
+    for (AcDbObjectId id : entitiesOf(block)) {
+      AcDbObjectPointer<AcDbEntity> e(id, AcDb::kForRead);
+      std::string text = id.handle().toHex() + " owner " + e->ownerId().handle().toHex();
+      host::dxf::TagList tags;
+      if (e) host::dxf::encodeObject(*e.get(), tags, ctx);
+      for (const auto& [code, value] : tags) text += "\n" + std::to_string(code) + " " + value;
+      if (const AcDbObjectExtras* x = e->extrasIfAny()) {
+        text += "\nxdict " + x->extensionDictionary.handle().toHex();
+        for (AcDbObjectId r : x->persistentReactors) text += " reactor " + r.handle().toHex();
+        for (const GroupValue& v : x->xdata) text += "\nxdata " + std::to_string(v.code) + " " + v.text;
+      }
+      out.push_back(text);
+    }
+  }
+  return out;
+}
+
+TEST(DxfDeferredEntities, BuiltWhileReadingTheSameAsOnFirstUse) {
+  std::vector<std::pair<std::string, std::string>> drawings = {{"text", drawing(kLine + kPaperCircle)}};
+  std::vector<std::string> paths;
+  for (const char* name : {"tool_sheet", "twist_drill", "form_tool", "end_mill"})
+    paths.push_back(std::string(ENVLINE_SOURCE_DIR) + "/samples/" + name + ".dxf");
+  // Real drawings of other writers, when the shared corpus is there.
+  const std::string corpus = std::string(ENVLINE_SOURCE_DIR) + "/../shared/corpus/real";
+  if (std::filesystem::is_directory(corpus))
+    for (const auto& f : std::filesystem::directory_iterator(corpus))
+      if (f.path().extension() == ".dxf") paths.push_back(f.path().string());
+  for (const std::string& path : paths) {
+    std::ifstream in(path, std::ios::binary);
+    drawings.emplace_back(path, std::string(std::istreambuf_iterator<char>(in), {}));
+  }
+  for (const auto& [name, text] : drawings) {
+    DxfDrawing later, now;
+    Diagnostics laterDiag, nowDiag;
+    const bool read = host::dxf::readDxfText(text, later, laterDiag);
+    ASSERT_EQ(host::dxf::readDxfText(text, now, nowDiag, host::dxf::EntityBuilding::kWhileReading), read) << name;
+    EXPECT_EQ(nowDiag.error, laterDiag.error) << name;
+    EXPECT_EQ(nowDiag.warnings, laterDiag.warnings) << name;
+    if (!read) continue;
+    EXPECT_EQ(entityTexts(now), entityTexts(later)) << name;
+    std::string nowOut, laterOut;
+    ASSERT_TRUE(host::dxf::writeDxfText(now, {}, nowOut, nowDiag)) << name;
+    ASSERT_TRUE(host::dxf::writeDxfText(later, {}, laterOut, laterDiag)) << name;
+    EXPECT_EQ(nowOut, laterOut) << name;  // unchanged entities are still written as they were read
   }
 }
 
