@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <unordered_map>
 
 #include "app/cli/arguments.h"
@@ -63,28 +64,23 @@ struct Frame {
   AcDbExtents box;
 };
 
-std::vector<Frame> toolFrames(const AcDbDatabase& db, host::BlockExtents& blocks) {
-  std::vector<Frame> frames;
-  for (AcDbObjectId id : host::allEntities(&db)) {
-    AcDbObjectPointer<AcDbBlockReference> ref(id, AcDb::kForRead);
-    if (!ref) continue;
-    ResbufChain xd(ref->xData("TUKANGE_NAME_IDENTITY"));
-    if (!xd.get()) continue;
-    Frame f;
-    f.handle = id.handle().toHex();
-    // The first value after the application name is the tool number.
-    const GroupValues values = valuesFromChain(xd.get());
-    if (values.size() > 1) {
-      const GroupValue& v = values[1];
-      const GroupKind k = groupKind(v.code);
-      f.toolNumber = k == GroupKind::kReal ? host::dxf::formatDouble(v.real[0])
-                     : (k == GroupKind::kInt16 || k == GroupKind::kInt32) ? std::to_string(v.integer)
-                                                                          : v.text;
-    }
-    blocks.entityExtents(*ref.get(), f.box);
-    frames.push_back(f);
+// The frame of a block reference that carries a tool number, if it does.
+std::optional<Frame> toolFrame(const AcDbBlockReference& ref, host::BlockExtents& blocks) {
+  ResbufChain xd(ref.xData("TUKANGE_NAME_IDENTITY"));
+  if (!xd.get()) return std::nullopt;
+  Frame f;
+  f.handle = ref.objectId().handle().toHex();
+  // The first value after the application name is the tool number.
+  const GroupValues values = valuesFromChain(xd.get());
+  if (values.size() > 1) {
+    const GroupValue& v = values[1];
+    const GroupKind k = groupKind(v.code);
+    f.toolNumber = k == GroupKind::kReal ? host::dxf::formatDouble(v.real[0])
+                   : (k == GroupKind::kInt16 || k == GroupKind::kInt32) ? std::to_string(v.integer)
+                                                                        : v.text;
   }
-  return frames;
+  blocks.entityExtents(ref, f.box);
+  return f;
 }
 // The window option that selects what lies in a frame's box.
 std::string windowOption(const AcDbExtents& box) {
@@ -127,6 +123,7 @@ int runInfo(const Args& args) {
   };
   std::unordered_map<const AcRxClass*, ClassCount> byClass;
   std::unordered_map<AcDbObjectId, int> byLayerId;
+  std::vector<Frame> frames;  // block references that carry a tool number
   AcDbExtents extents;
   // Each block's box is worked out once, however often it is inserted.
   host::BlockExtents blockBoxes;
@@ -141,6 +138,8 @@ int runInfo(const Args& args) {
     ++byLayerId[e->layerId()];
     AcDbExtents ext;
     if (blockBoxes.entityExtents(*e.get(), ext) == Acad::eOk) extents.addExt(ext);
+    if (const auto* ref = AcDbBlockReference::cast(e.get()))
+      if (auto frame = toolFrame(*ref, blockBoxes)) frames.push_back(*frame);
   }
   for (const auto& [cls, c] : byClass) {
     AcDbObjectPointer<AcDbEntity> e(c.first, AcDb::kForRead);
@@ -174,7 +173,6 @@ int runInfo(const Args& args) {
     if (rec) linetypes.push_back({rec->getName(), rec->comments(), linetypeKind(*rec.get())});
   }
   lt.close();
-  const std::vector<Frame> frames = toolFrames(db, blockBoxes);
   const CentreLineSearch centreLines = FindCentreLine(host::allEntities(&db));
   const auto* version = host::dxf::findVersion(d.info.acadVer);
   const std::string release = version ? version->release : "unknown";

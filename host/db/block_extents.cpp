@@ -27,12 +27,11 @@ std::uint64_t copiesOf(const AcDbBlockReference& ref) {
 
 // The block a live entity of a block inserts, or null.
 AcDbObjectId insertedBlock(AcDbObjectId entity) {
-  if (entity.isErased()) return AcDbObjectId();
   // Entities the reader defers are never references: leave them unbuilt.
   const AcDbDatabase* db = entity.database();
   const AcDbDatabase::Slot* slot = db ? db->slot(entity) : nullptr;
-  if (!slot || slot->deferred) return AcDbObjectId();
-  const auto* ref = peek<AcDbBlockReference>(entity);
+  if (!slot || slot->erased || slot->deferred) return AcDbObjectId();
+  const auto* ref = AcDbBlockReference::cast(slot->object);
   if (!ref || !peek<AcDbBlockTableRecord>(ref->blockTableRecord())) return AcDbObjectId();
   return ref->blockTableRecord();
 }

@@ -90,10 +90,27 @@ class Reader {
   // The tag with \U+XXXX and \M+nXXXX escapes in its value replaced by the
   // characters (the source text itself keeps them, for writing back).
   Tag decoded(Tag t) {
-    if (!hasEscapes(t.value)) return t;
+    decode(t);
+    return t;
+  }
+  void decode(Tag& t) {
+    if (!mayHaveEscapes(t.value) || !hasEscapes(t.value)) return;
     m_decoded.push_back(decodeEscapes(t.value));
     t.value = m_decoded.back();
-    return t;
+  }
+  // False when the value (a view into the text) holds no backslash: the
+  // next backslash of the text is kept, so that most values are cleared by
+  // one comparison instead of a search each.
+  bool mayHaveEscapes(std::string_view value) {
+    const char* const begin = value.data();
+    const char* const textEnd = m_text.data() + m_text.size();
+    if (begin < m_text.data() || begin > textEnd) return true;  // not in the text
+    if (begin < m_backslashSearchFrom || m_nextBackslash < begin) {
+      const void* hit = std::memchr(begin, '\\', static_cast<std::size_t>(textEnd - begin));
+      m_nextBackslash = hit ? static_cast<const char*>(hit) : textEnd;
+      m_backslashSearchFrom = begin;
+    }
+    return m_nextBackslash < begin + value.size();
   }
   bool readHeader(const Tag& sectionStart);
   bool keepSection(const Tag& sectionStart, std::string name);
@@ -139,6 +156,8 @@ class Reader {
   DxfFileInfo& m_info;
   Diagnostics& m_diag;
   std::deque<std::string> m_decoded;  // stable storage for decoded values
+  const char* m_backslashSearchFrom = nullptr;  // the first backslash at or after here
+  const char* m_nextBackslash = nullptr;        // is here (the text's end when none)
   std::vector<Tag> m_tagBuffer, m_ownBuffer;  // reused from entity to entity
   std::string m_clayerName;
   AcDbHandle m_headerSeed;
@@ -181,7 +200,10 @@ bool Reader::collect(const Tag& first, std::vector<Tag>& tags, std::size_t& end)
   tags.clear();
   tags.push_back(first);
   Tag t;
-  while (nextOwnTag(first, t, end)) tags.push_back(decoded(t));
+  while (nextOwnTag(first, t, end)) {
+    decode(t);
+    tags.push_back(t);
+  }
   return m_diag.error.empty();
 }
 
