@@ -21,8 +21,11 @@ void CEncircleLine::PrepareClones(Driver driver, const AcArray<AcDbObjectId>& id
       kept.append(id);
       continue;
     }
-    AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForWrite);
-    if (ent && ent->layer() != kDimensionLayer) kept.append(id);
+    // Opened for write only to learn that it can be: nothing changes.
+    host::editObject(id, AcDbEntity::desc(), [&](AcDbObject* obj) {
+      if (static_cast<AcDbEntity*>(obj)->layer() != kDimensionLayer) kept.append(id);
+      return false;
+    });
   }
   AcArray<AcDbObjectId> clones;
   if (db && !kept.isEmpty()) {
@@ -35,9 +38,16 @@ void CEncircleLine::PrepareClones(Driver driver, const AcArray<AcDbObjectId>& id
       if (pair.isCloned() && pair.isPrimary()) clones.append(pair.value());
     }
   }
+  AcDbObjectId cloneLayerId;  // as setLayer(kCloneLayer) finds it
+  if (db && host::findLayer(db, kCloneLayer, cloneLayerId) != Acad::eOk) cloneLayerId = AcDbObjectId::kNull;
   for (AcDbObjectId id : clones) {
-    AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForWrite);
-    if (ent) ent->setLayer(kCloneLayer);
+    // A clone changes exactly when its layer does.
+    host::editObject(id, AcDbEntity::desc(), [&](AcDbObject* obj) {
+      auto* ent = static_cast<AcDbEntity*>(obj);
+      const AcDbObjectId before = ent->layerId();
+      if (!cloneLayerId.isNull()) ent->setLayer(cloneLayerId);
+      return ent->layerId() != before;
+    });
   }
   if (driver == Driver::kShifted) {
     // The second driver draws its outline 1000 units to the right: that is its purpose.

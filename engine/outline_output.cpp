@@ -236,14 +236,25 @@ void CEncircleLine::SetLineLayerAndType(AcArray<AcDbObjectId> ids, CString layer
       if (rec) linetypes[rec->getName()] = rec->linetypeObjectId();
     }
   }
+  // Each line changes exactly when its layer or linetype id does, so the
+  // openings settle that themselves (no state compared before and after).
+  AcDbDatabase* layerDb = nullptr;
+  AcDbObjectId layerId;  // layer by name, as setLayer(name) finds it in layerDb
   for (AcDbObjectId id : ids) {
-    AcDbObjectPointer<AcDbLine> line(id, AcDb::kForWrite);
-    if (!line) continue;
-    if (m_info.m_bRemoveDashed && host::equalsNoCase(line->linetype(), "ByLayer")) {
-      const auto it = linetypes.find(line->layer());
-      if (it != linetypes.end() && !it->second.isNull()) line->setLinetype(it->second);
-    }
-    line->setLayer(layer);
+    host::editObject(id, AcDbLine::desc(), [&](AcDbObject* obj) {
+      auto* line = static_cast<AcDbLine*>(obj);
+      const AcDbObjectId layerBefore = line->layerId(), linetypeBefore = line->linetypeId();
+      if (m_info.m_bRemoveDashed && host::equalsNoCase(line->linetype(), "ByLayer")) {
+        const auto it = linetypes.find(line->layer());
+        if (it != linetypes.end() && !it->second.isNull()) line->setLinetype(it->second);
+      }
+      if (line->database() != layerDb) {
+        layerDb = line->database();
+        if (!layerDb || host::findLayer(layerDb, layer, layerId) != Acad::eOk) layerId = AcDbObjectId::kNull;
+      }
+      if (!layerId.isNull()) line->setLayer(layerId);
+      return line->layerId() != layerBefore || line->linetypeId() != linetypeBefore;
+    });
   }
 }
 

@@ -129,6 +129,13 @@ Acad::ErrorStatus eraseObject(AcDbObjectId id) {
   return es;
 }
 
+Acad::ErrorStatus editObject(AcDbObjectId id, const AcRxClass* cls, const std::function<bool(AcDbObject*)>& edit) {
+  KnownEdit opening;
+  if (const auto es = opening.open(id, cls); es != Acad::eOk) return es;
+  opening.close(edit(opening.object()));
+  return Acad::eOk;
+}
+
 Acad::ErrorStatus explodeEntity(AcDbObjectId id, AcDbObjectIdArray& pieces, bool eraseOriginal) {
   AcDbEntity* ent = nullptr;
   if (const auto es = acdbOpenObject(ent, id, AcDb::kForRead); es != Acad::eOk) return es;

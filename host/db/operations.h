@@ -1,6 +1,7 @@
 #pragma once
 // Database operations built from the object interface: creating, erasing
 // and exploding entities, and the selections the editor builds on.
+#include <functional>
 #include <memory>
 
 #include "host/db/block_reference.h"
@@ -23,6 +24,15 @@ Acad::ErrorStatus appendEntity(AcDbDatabase* db, AcDbEntity* entity, AcDbObjectI
 // Erases the object; a group erases its members (recursively) and stays.
 // A null id does nothing; an already erased object counts as done.
 Acad::ErrorStatus eraseObject(AcDbObjectId id);
+
+// Opens the object for write (the checks of acdbOpenAcDbObject, and its
+// class when cls is given) for an edit that tells whether it changed the
+// object: edit returns true when it did, and the object is then marked
+// modified and its change told, as closing an ordinary opening does when the
+// object's state differs from what it was at the opening. No state is taken
+// here: for edits that know what they changed (an id set to another id, or
+// nothing at all), in bulk. The status of the opening is returned.
+Acad::ErrorStatus editObject(AcDbObjectId id, const AcRxClass* cls, const std::function<bool(AcDbObject*)>& edit);
 
 // Explodes the entity, appends the pieces to the block that owns it (model
 // space for a free entity) and collects their ids in order; the original is
