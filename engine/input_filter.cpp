@@ -124,13 +124,19 @@ void CEncircleLine::ConvertToLines(AcArray<AcDbObjectId> ids, AcArray<AcDbObject
       working.append(ids[i]);
     }
   }
-  // 2. Pruning: what is no curve, and full circles and ellipses, cannot be outline.
-  for (int i = 0; i < working.length(); ++i) {
-    AcDbObjectPointer<AcDbEntity> ent(working[i], AcDb::kForRead);
-    const bool keep = ent && ent->isKindOf(AcDbCurve::desc()) && !ent->isKindOf(AcDbCircle::desc()) &&
-                      !ent->isKindOf(AcDbEllipse::desc());
-    ent.close();
-    if (!keep) drop(working, i);
+  // 2. Pruning: what is no curve, and full circles and ellipses, cannot be
+  // outline; they are erased in order and the others keep theirs.
+  {
+    AcArray<AcDbObjectId> curves(0, working.length());
+    for (AcDbObjectId id : working) {
+      AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
+      const bool keep = ent && ent->isKindOf(AcDbCurve::desc()) && !ent->isKindOf(AcDbCircle::desc()) &&
+                        !ent->isKindOf(AcDbEllipse::desc());
+      ent.close();
+      if (keep) curves.append(id);
+      else util::EraseEntity(id);
+    }
+    working = curves;
   }
   // 3. Duplicate polylines: all four corners of the box within 2p of a kept one.
   std::vector<CVKRect> kept;
@@ -156,18 +162,20 @@ void CEncircleLine::ConvertToLines(AcArray<AcDbObjectId> ids, AcArray<AcDbObject
     working.append(pieces);
   }
   // 5. Arcs and splines become chords; the curves stay in the drawing and
-  // are remembered for restoring arcs in the outline.
-  for (int i = 0; i < working.length(); ++i) {
-    const bool curve = isKind<AcDbSpline>(working[i]) || isKind<AcDbArc>(working[i]);
-    if (!curve) continue;
-    AcArray<AcDbObjectId> chords;
-    ConvertCurveToLine(working[i], chords);
-    working.append(chords);
-    m_curveIds.append(working[i]);
-    working.removeAt(i);
-    --i;
+  // are remembered for restoring arcs in the outline. The rest keep their
+  // order, and the chords (lines, or null ids where a chord is too short)
+  // follow in the order of their curves.
+  AcArray<AcDbObjectId> rest(0, working.length()), chords(0, working.length());
+  for (AcDbObjectId id : working) {
+    if (!isKind<AcDbSpline>(id) && !isKind<AcDbArc>(id)) {
+      rest.append(id);
+      continue;
+    }
+    ConvertCurveToLine(id, chords);
+    m_curveIds.append(id);
   }
-  lineIds = working;
+  rest.append(chords);
+  lineIds = rest;
 }
 
 void CEncircleLine::ConvertCurveToLine(AcDbObjectId curveId, AcDbObjectId& lineId) {

@@ -9,7 +9,7 @@ AcDbObjectId AppendLine(AcDbDatabase* db, const AcGePoint3d& start, const AcGePo
   auto* line = new AcDbLine(start, end);
   line->setDatabaseDefaults(db);
   line->setColorIndex(256);
-  if (!layerId.isNull()) line->setLayer(layerId);
+  if (!layerId.isNull() && layerId != line->layerId()) line->setLayer(layerId);
   AcDbObjectId id;
   host::appendEntity(db, line, id);
   return id;
