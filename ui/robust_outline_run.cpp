@@ -120,20 +120,20 @@ robust::OutlineCheck CheckOutlineEntity(AcDbObjectId outline, const robust::Prof
 std::vector<robust::ProfileWarning> WindowCutWarnings(const AcDbDatabase* db, const std::array<double, 4>& w) {
   std::vector<robust::ProfileWarning> out;
   const AcGePoint3d lo(std::min(w[0], w[2]), std::min(w[1], w[3]), 0), hi(std::max(w[0], w[2]), std::max(w[1], w[3]), 0);
-  const AcDbObjectIdArray inside = host::selectByBox(db, lo, hi, host::SelectMode::kWindow);
-  const AcDbObjectIdArray crossing = host::selectByBox(db, lo, hi, host::SelectMode::kCrossing);
   int cut = 0;
   P2 first;
   std::string handles;
-  for (AcDbObjectId id : crossing) {
-    bool in = false;
-    for (AcDbObjectId k : inside) in = in || k == id;
-    if (in) continue;
+  // What a crossing selection holds and a window selection does not, told
+  // apart by the same test of the extents, in one pass in model space order.
+  for (AcDbObjectId id : host::allEntities(db)) {
     AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
     if (!ent || AcDbBlockReference::cast(ent.get())) continue;  // frames hold the window
     AcDbExtents ext;
     if (ent->getGeomExtents(ext) != Acad::eOk) continue;
     const AcGePoint3d a = ext.minPoint(), b = ext.maxPoint();
+    const bool inside = a.x >= lo.x && b.x <= hi.x && a.y >= lo.y && b.y <= hi.y;
+    const bool touches = a.x <= hi.x && b.x >= lo.x && a.y <= hi.y && b.y >= lo.y;
+    if (inside || !touches) continue;
     const P2 mid{0.5 * (std::max(a.x, lo.x) + std::min(b.x, hi.x)), 0.5 * (std::max(a.y, lo.y) + std::min(b.y, hi.y))};
     if (cut++ == 0) first = mid;
     if (cut <= 8) handles += (handles.empty() ? "" : ", ") + id.handle().toHex();
@@ -147,9 +147,9 @@ std::vector<robust::ProfileWarning> WindowCutWarnings(const AcDbDatabase* db, co
 }
 
 std::optional<robust::ProfileWarning> CentrePointWarning(const AcArray<AcDbObjectId>& selection, P2 point) {
-  const robust::Contour contour = robust::CollectContour(selection, 0.01);
-  if (contour.centreLines.empty()) return std::nullopt;
-  for (const robust::CentreLine& c : contour.centreLines) {
+  const std::vector<robust::CentreLine> centreLines = robust::CollectCentreLines(selection);
+  if (centreLines.empty()) return std::nullopt;
+  for (const robust::CentreLine& c : centreLines) {
     const robust::Seg line = robust::Seg::Line(c.a, c.b);
     const P2 d = c.b - c.a;
     const double off = std::fabs(robust::Cross(d, point - c.a)) / robust::Norm(d);
@@ -158,6 +158,6 @@ std::optional<robust::ProfileWarning> CentrePointWarning(const AcArray<AcDbObjec
   }
   char text[160];
   std::snprintf(text, sizeof text, "the centre point (%g, %g) lies on none of the %zu centre lines of the selection",
-                point.x, point.y, contour.centreLines.size());
+                point.x, point.y, centreLines.size());
   return robust::ProfileWarning{text, point};
 }

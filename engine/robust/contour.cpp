@@ -71,7 +71,8 @@ P2 Flat(const AcGePoint3d& p) { return {p.x, p.y}; }
 
 class Collector {
  public:
-  Collector(Contour& out, double chordTol) : m_out(out), m_tol(chordTol) {}
+  // Without curves only the centre lines (and the counts) are collected.
+  Collector(Contour& out, double chordTol, bool curves = true) : m_out(out), m_tol(chordTol), m_curves(curves) {}
 
   void Entity(const AcDbEntity& e, int source, int depth) {
     if (IsDimensionLayerName(e.layer())) {
@@ -113,7 +114,7 @@ class Collector {
                                      lt.name, std::string(e.layer())});
       return;
     }
-    Curve(*curve, source, depth);
+    if (m_curves) Curve(*curve, source, depth);
   }
 
   // Lines that end at an arrowhead are the dimension lines of exploded
@@ -226,6 +227,7 @@ class Collector {
 
   Contour& m_out;
   double m_tol;
+  bool m_curves;
   std::vector<P2> m_arrowPoints;
 };
 }  // namespace
@@ -239,9 +241,10 @@ bool IsConstructionLayerName(const std::string& name) {
   return ContainsAny(host::foldCase(name), {"CONSTRUCTION", "辅助"});
 }
 
-Contour CollectContour(const AcArray<AcDbObjectId>& selection, double chordTol) {
+namespace {
+Contour Collect(const AcArray<AcDbObjectId>& selection, double chordTol, bool curves) {
   Contour out;
-  Collector collector(out, chordTol);
+  Collector collector(out, chordTol, curves);
   for (AcDbObjectId id : selection) {
     AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
     if (!ent) {
@@ -253,6 +256,15 @@ Contour CollectContour(const AcArray<AcDbObjectId>& selection, double chordTol) 
   }
   collector.DropDimensionLines(1e-6);
   return out;
+}
+}  // namespace
+
+Contour CollectContour(const AcArray<AcDbObjectId>& selection, double chordTol) {
+  return Collect(selection, chordTol, true);
+}
+
+std::vector<CentreLine> CollectCentreLines(const AcArray<AcDbObjectId>& selection) {
+  return Collect(selection, 1.0, false).centreLines;
 }
 
 }  // namespace robust

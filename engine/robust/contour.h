@@ -35,5 +35,7 @@ bool IsDimensionLayerName(const std::string& name);
 bool IsConstructionLayerName(const std::string& name);
 
 Contour CollectContour(const AcArray<AcDbObjectId>& selection, double chordTol);
+// The centre lines CollectContour finds, without converting the curves.
+std::vector<CentreLine> CollectCentreLines(const AcArray<AcDbObjectId>& selection);
 
 }  // namespace robust
