@@ -81,6 +81,21 @@ bool isCommonTag(int code) {
   }
 }
 
+namespace {
+// Codes that splitObject hands to the object's own tags wherever they stand
+// (outside the head of a subclass): all but the common ones, the markers
+// and groups, and extended data.
+bool plainCode(int code) {
+  switch (code) {
+    case 5: case 6: case 8: case 48: case 60: case 62: case 67: case 100: case 101: case 102: case 105: case 330:
+    case 370: case 420:
+      return false;
+    default:
+      return code >= 0 && code < 1000;
+  }
+}
+}  // namespace
+
 void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>& own, bool entity) {
   own.clear();
   bool seenSubclass = false, inEntitySubclass = false, hasSubclasses = false;
@@ -91,6 +106,10 @@ void splitObject(const std::vector<Tag>& tags, CommonFields& c, std::vector<Tag>
   long long n = 0;
   for (std::size_t i = 1; i < tags.size(); ++i) {
     const Tag& t = tags[i];
+    if (!leading && plainCode(t.code)) {
+      own.push_back(t);
+      continue;
+    }
     if (t.code >= 1000) {
       // Extended data runs to the end of the object.
       for (; i < tags.size(); ++i) {
