@@ -26,13 +26,6 @@ Box2 BoxOf(const CLineInfo& line, double pad) {
   return {std::min(a.x, b.x) - pad, std::min(a.y, b.y) - pad, std::max(a.x, b.x) + pad, std::max(a.y, b.y) + pad};
 }
 
-int GridAxis::Cell(double v) const {
-  const double c = std::floor((v - origin) * invSize);
-  if (!(c >= 0)) return 0;  // NaN too
-  if (c >= count - 1) return count - 1;
-  return static_cast<int>(c);
-}
-
 void BoxGrid::CellRange(const Box2& b, int& x0, int& y0, int& x1, int& y1) const {
   x0 = m_x.Cell(b.minX);
   x1 = m_x.Cell(b.maxX);

@@ -5,6 +5,7 @@
 // report more candidates than needed but never fewer. All storage is flat
 // (no allocation per record).
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -25,7 +26,12 @@ Box2 BoxOf(const CLineInfo& line, double pad);
 struct GridAxis {
   double origin = 0, invSize = 1;
   int count = 1;
-  int Cell(double v) const;
+  int Cell(double v) const {
+    const double c = std::floor((v - origin) * invSize);
+    if (!(c >= 0)) return 0;  // NaN too
+    if (c >= count - 1) return count - 1;
+    return static_cast<int>(c);
+  }
 };
 
 // Boxes in a uniform 2D grid: every box is listed in each cell it covers.

@@ -70,7 +70,8 @@ void AcGeNurbCurve3d::eval(double t, AcGePoint3d& point, AcGeVector3d& deriv) co
   // thousands of times in a row (sampling, extents, lengths).
   const std::size_t w1 = static_cast<std::size_t>(p) + 1;
   constexpr std::size_t kStack = 8;
-  double stack[4 * kStack + kStack * kStack] = {};
+  // Not cleared: every entry is written before it is read.
+  double stack[4 * kStack + kStack * kStack];
   std::vector<double> heap;
   double* rows = stack;
   if (w1 > kStack) {
