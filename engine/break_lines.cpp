@@ -169,6 +169,7 @@ void CutIntoPieces(CLineInfo& line, std::vector<CLineInfo>& pieces) {
   };
   for (const AcGePoint3d& p : line.m_breakPts) piece(p);
   piece(line.m_ptEnd);
+  std::vector<AcGePoint3d>().swap(line.m_breakPts);  // the record is gone: its memory serves the pieces
 }
 }  // namespace
 
@@ -193,6 +194,6 @@ void CEncircleLine::SplitLines(std::vector<CLineInfo>& lines) {
   for (CLineInfo& r : lines)
     if (!isCut(r)) out.push_back(std::move(r));
   for (CLineInfo& r : lines)
-    if (isCut(r)) CutIntoPieces(r, out);
+    if (isCut(r)) CutIntoPieces(r, out);  // clears its break points
   lines = std::move(out);
 }
