@@ -73,7 +73,8 @@ AcDbDatabase::Slot& AcDbDatabase::newSlot(AcDbHandle handle, std::uint32_t& inde
     indexHandles();
     if (m_byHandle->contains(handle.value())) handle = AcDbHandle();
   }
-  if (handle.isNull()) {
+  const bool fresh = handle.isNull();
+  if (fresh) {
     handle = m_handseed;
     ++m_handseed;
     if (m_farHandles) {
@@ -88,7 +89,11 @@ AcDbDatabase::Slot& AcDbDatabase::newSlot(AcDbHandle handle, std::uint32_t& inde
   index = static_cast<std::uint32_t>(m_slots.size());
   Slot& s = m_slots.emplace_back();
   s.handle = handle;
-  if (m_byHandle) m_byHandle->insert(handle.value(), index);
+  if (m_byHandle) {
+    // Handles from the seed only ever grow and are not in use.
+    if (fresh) m_byHandle->insertFresh(handle.value(), index);
+    else m_byHandle->insert(handle.value(), index);
+  }
   return s;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 // Handle to slot index, as one open-addressed table: a drawing read from a
 // file adds hundreds of thousands of handles, and a node per handle (as a
-// node-based map makes) costs an allocation and a cache miss each.
+// node-based map makes) costs an allocation and a cache miss each. Handles
+// handed out from the handle seed to objects made one after another (a
+// million line pieces of an outline run) are kept as runs beside it.
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -17,16 +20,39 @@ class HandleIndex {
   }
   // Adds a handle (never 0); a handle already present keeps its index.
   void insert(std::uint64_t handle, std::uint32_t index) {
+    if (!m_runs.empty() && find(handle) != kNone) return;
     if ((m_count + 1) * 3 > m_entries.size() * 2) rehash(m_entries.empty() ? 16 : m_entries.size() * 2);
     Entry& e = probe(handle);
     if (e.handle == handle) return;
     e = {handle, index};
     ++m_count;
   }
+  // Adds a handle handed out from the handle seed: not present, and greater
+  // than every handle added this way before. A handle and slot index that
+  // continue the last such one extend its run instead of taking an entry:
+  // the objects a program creates in a row cost nothing here.
+  void insertFresh(std::uint64_t handle, std::uint32_t index) {
+    if (!m_runs.empty()) {
+      Run& r = m_runs.back();
+      if (handle == r.first + r.count && index == r.index + r.count) {
+        ++r.count;
+        return;
+      }
+    }
+    m_runs.push_back({handle, index, 1});
+  }
   std::uint32_t find(std::uint64_t handle) const {
-    if (m_entries.empty() || handle == 0) return kNone;
-    const Entry& e = const_cast<HandleIndex*>(this)->probe(handle);
-    return e.handle == handle ? e.index : kNone;
+    if (handle == 0) return kNone;
+    if (!m_entries.empty()) {
+      const Entry& e = const_cast<HandleIndex*>(this)->probe(handle);
+      if (e.handle == handle) return e.index;
+    }
+    // The runs, by ascending first handle: the last that starts at or below.
+    auto it = std::upper_bound(m_runs.begin(), m_runs.end(), handle,
+                               [](std::uint64_t h, const Run& r) { return h < r.first; });
+    if (it == m_runs.begin()) return kNone;
+    --it;
+    return handle - it->first < it->count ? it->index + static_cast<std::uint32_t>(handle - it->first) : kNone;
   }
   bool contains(std::uint64_t handle) const { return find(handle) != kNone; }
 
@@ -51,6 +77,13 @@ class HandleIndex {
       if (e.handle != 0) probe(e.handle) = e;
   }
 
+  // Handles first .. first + count - 1 at slots index .. index + count - 1.
+  struct Run {
+    std::uint64_t first;
+    std::uint32_t index, count;
+  };
+
   std::vector<Entry> m_entries;  // size is a power of two
   std::size_t m_count = 0;
+  std::vector<Run> m_runs;  // by ascending first handle, apart
 };
