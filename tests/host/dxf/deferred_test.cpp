@@ -294,7 +294,9 @@ TEST(DxfTags, NumbersReadAsTheFullConversionReadsThem) {
     double want = 0, got = 0;
     const bool ok = reference(text, want);
     ASSERT_EQ(host::dxf::parseDouble(text, got), ok) << text;
-    if (ok) ASSERT_EQ(std::bit_cast<std::uint64_t>(got), std::bit_cast<std::uint64_t>(want)) << text;
+    if (ok) {
+      ASSERT_EQ(std::bit_cast<std::uint64_t>(got), std::bit_cast<std::uint64_t>(want)) << text;
+    }
   }
 }
 
