@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <numbers>
+#include <unordered_map>
 
 #include "host/db/operations.h"
 #include "util/shown_number.h"
@@ -39,10 +40,51 @@ std::string Placement(const AcGePoint3d& a, const AcGePoint3d& b, double length,
   return text;
 }
 
+// What a linetype or layer record says about centre lines, looked up once
+// per record: a sheet holds thousands of lines on a handful of layers.
+class CentreMarks {
+ public:
+  struct Linetype {
+    std::string name;
+    bool centre = false;
+  };
+  struct Layer {
+    std::string name;
+    bool axis = false;
+    AcDbObjectId linetype;
+  };
+  const Linetype& linetype(AcDbObjectId id) {
+    auto [it, added] = m_linetypes.try_emplace(id);
+    if (added) {
+      AcDbObjectPointer<AcDbLinetypeTableRecord> rec(id, AcDb::kForRead);
+      it->second.name = rec ? std::string(rec->getName()) : "ByLayer";
+      it->second.centre = IsCentreLinetypeName(it->second.name);
+    }
+    return it->second;
+  }
+  const Layer& layer(AcDbObjectId id) {
+    auto [it, added] = m_layers.try_emplace(id);
+    if (added) {
+      AcDbObjectPointer<AcDbLayerTableRecord> rec(id, AcDb::kForRead);
+      if (rec) {
+        it->second.name = rec->getName();
+        it->second.linetype = rec->linetypeObjectId();
+      }
+      it->second.axis = IsAxisLayerName(it->second.name);
+    }
+    return it->second;
+  }
+
+ private:
+  std::unordered_map<AcDbObjectId, Linetype> m_linetypes;
+  std::unordered_map<AcDbObjectId, Layer> m_layers;
+};
+
 }  // namespace
 
 CentreLineSearch FindCentreLine(const AcArray<AcDbObjectId>& selection) {
   CentreLineSearch r;
+  CentreMarks marks;
   double longest = -1;
   std::vector<double> heights;
   int slanted = 0;
@@ -52,20 +94,19 @@ CentreLineSearch FindCentreLine(const AcArray<AcDbObjectId>& selection) {
     const AcGePoint3d a = line->startPoint(), b = line->endPoint();
     const double length = a.distanceTo(b);
     if (length <= 0) continue;
-    std::string linetype = line->linetype();
-    if (host::equalsNoCase(linetype, "ByLayer")) {
-      AcDbObjectPointer<AcDbLayerTableRecord> layer(line->layerId(), AcDb::kForRead);
-      AcDbObjectPointer<AcDbLinetypeTableRecord> lt(layer ? layer->linetypeObjectId() : AcDbObjectId(), AcDb::kForRead);
-      if (lt) linetype = lt->getName();
+    const CentreMarks::Layer& layer = marks.layer(line->layerId());
+    const CentreMarks::Linetype* linetype = &marks.linetype(line->linetypeId());
+    if (host::equalsNoCase(linetype->name, "ByLayer")) {
+      const CentreMarks::Linetype& ofLayer = marks.linetype(layer.linetype);
+      if (ofLayer.name != "ByLayer") linetype = &ofLayer;  // a layer without a linetype keeps ByLayer
     }
-    const std::string layer = line->layer();
-    if (!IsCentreLinetypeName(linetype) && !IsAxisLayerName(layer)) continue;
+    if (!linetype->centre && !layer.axis) continue;
     // Every centre line is listed; only a horizontal one can be the axis,
     // since the outline is computed above a horizontal axis.
     const bool horizontal = std::fabs(a.y - b.y) <= 1e-6 * std::max(1.0, length);
     char text[320];
     std::snprintf(text, sizeof text, "line %s %s, %g long (linetype %s, layer %s)", id.handle().toHex().c_str(),
-                  Placement(a, b, length, horizontal).c_str(), length, linetype.c_str(), layer.c_str());
+                  Placement(a, b, length, horizontal).c_str(), length, linetype->name.c_str(), layer.name.c_str());
     r.found.push_back(text);
     if (!horizontal) {
       ++slanted;
