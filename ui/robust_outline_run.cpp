@@ -123,17 +123,17 @@ std::vector<robust::ProfileWarning> WindowCutWarnings(const AcDbDatabase* db, co
   int cut = 0;
   P2 first;
   std::string handles;
-  // What a crossing selection holds and a window selection does not, told
-  // apart by the same test of the extents, in one pass in model space order.
+  // What a crossing selection holds and a window selection does not, in one
+  // pass in model space order.
   for (AcDbObjectId id : host::allEntities(db)) {
     AcDbObjectPointer<AcDbEntity> ent(id, AcDb::kForRead);
     if (!ent || AcDbBlockReference::cast(ent.get())) continue;  // frames hold the window
     AcDbExtents ext;
     if (ent->getGeomExtents(ext) != Acad::eOk) continue;
+    if (!host::boxSelects(ext, lo, hi, host::SelectMode::kCrossing) ||
+        host::boxSelects(ext, lo, hi, host::SelectMode::kWindow))
+      continue;
     const AcGePoint3d a = ext.minPoint(), b = ext.maxPoint();
-    const bool inside = a.x >= lo.x && b.x <= hi.x && a.y >= lo.y && b.y <= hi.y;
-    const bool touches = a.x <= hi.x && b.x >= lo.x && a.y <= hi.y && b.y >= lo.y;
-    if (inside || !touches) continue;
     const P2 mid{0.5 * (std::max(a.x, lo.x) + std::min(b.x, hi.x)), 0.5 * (std::max(a.y, lo.y) + std::min(b.y, hi.y))};
     if (cut++ == 0) first = mid;
     if (cut <= 8) handles += (handles.empty() ? "" : ", ") + id.handle().toHex();

@@ -47,9 +47,7 @@ std::vector<AcDbObjectIdArray> selectByBoxes(const AcDbDatabase* db, const std::
     const auto last = std::upper_bound(lefts.begin(), lefts.end(), window ? lo.x : hi.x);
     for (auto it = first; it < last; ++it) {
       const Box& b = sorted[static_cast<std::size_t>(it - lefts.begin())];
-      const bool inside = lo.x >= b.x0 && hi.x <= b.x1 && lo.y >= b.y0 && hi.y <= b.y1;
-      const bool touches = lo.x <= b.x1 && hi.x >= b.x0 && lo.y <= b.y1 && hi.y >= b.y0;
-      if (window ? inside : touches) out[b.index].append(id);
+      if (boxSelects(e, AcGePoint3d(b.x0, b.y0, 0), AcGePoint3d(b.x1, b.y1, 0), mode)) out[b.index].append(id);
     }
   }
   return out;

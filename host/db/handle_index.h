@@ -20,7 +20,7 @@ class HandleIndex {
   }
   // Adds a handle (never 0); a handle already present keeps its index.
   void insert(std::uint64_t handle, std::uint32_t index) {
-    if (!m_runs.empty() && find(handle) != kNone) return;
+    if (inRuns(handle) != kNone) return;
     if ((m_count + 1) * 3 > m_entries.size() * 2) rehash(m_entries.empty() ? 16 : m_entries.size() * 2);
     Entry& e = probe(handle);
     if (e.handle == handle) return;
@@ -47,16 +47,20 @@ class HandleIndex {
       const Entry& e = const_cast<HandleIndex*>(this)->probe(handle);
       if (e.handle == handle) return e.index;
     }
-    // The runs, by ascending first handle: the last that starts at or below.
+    return inRuns(handle);
+  }
+  bool contains(std::uint64_t handle) const { return find(handle) != kNone; }
+
+ private:
+  // The slot of a handle kept in a run, or kNone. The runs are by ascending
+  // first handle: the one to look in is the last that starts at or below.
+  std::uint32_t inRuns(std::uint64_t handle) const {
     auto it = std::upper_bound(m_runs.begin(), m_runs.end(), handle,
                                [](std::uint64_t h, const Run& r) { return h < r.first; });
     if (it == m_runs.begin()) return kNone;
     --it;
     return handle - it->first < it->count ? it->index + static_cast<std::uint32_t>(handle - it->first) : kNone;
   }
-  bool contains(std::uint64_t handle) const { return find(handle) != kNone; }
-
- private:
   struct Entry {
     std::uint64_t handle = 0;  // 0: empty
     std::uint32_t index = 0;

@@ -195,17 +195,13 @@ AcDbObjectIdArray entitiesOnLayer(const AcDbDatabase* db, const CString& layer) 
 
 AcDbObjectIdArray selectByBox(const AcDbDatabase* db, const AcGePoint3d& c1, const AcGePoint3d& c2,
                               SelectMode mode) {
-  const double x0 = std::min(c1.x, c2.x), x1 = std::max(c1.x, c2.x);
-  const double y0 = std::min(c1.y, c2.y), y1 = std::max(c1.y, c2.y);
+  const AcGePoint3d lo(std::min(c1.x, c2.x), std::min(c1.y, c2.y), 0), hi(std::max(c1.x, c2.x), std::max(c1.y, c2.y), 0);
   AcDbObjectIdArray ids;
   for (const AcDbObjectId id : allEntities(db)) {
     const auto* ent = peek<AcDbEntity>(id);
     AcDbExtents e;
     if (!ent || ent->getGeomExtents(e) != Acad::eOk) continue;
-    const AcGePoint3d lo = e.minPoint(), hi = e.maxPoint();
-    const bool inside = lo.x >= x0 && hi.x <= x1 && lo.y >= y0 && hi.y <= y1;
-    const bool touches = lo.x <= x1 && hi.x >= x0 && lo.y <= y1 && hi.y >= y0;
-    if (mode == SelectMode::kWindow ? inside : touches) ids.append(id);
+    if (boxSelects(e, lo, hi, mode)) ids.append(id);
   }
   return ids;
 }

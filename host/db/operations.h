@@ -48,6 +48,14 @@ AcDbObjectIdArray allEntities(const AcDbDatabase* db);  // unerased, model space
 AcDbObjectIdArray entitiesOnLayer(const AcDbDatabase* db, const CString& layer);  // exact name
 AcDbObjectIdArray selectByBox(const AcDbDatabase* db, const AcGePoint3d& corner1, const AcGePoint3d& corner2,
                               SelectMode mode);
+// Whether a selection over the box lo..hi (lo below and left of hi) takes an
+// entity with these extents: a window one when they lie inside the box, a
+// crossing one when they touch it.
+inline bool boxSelects(const AcDbExtents& e, const AcGePoint3d& lo, const AcGePoint3d& hi, SelectMode mode) {
+  const AcGePoint3d a = e.minPoint(), b = e.maxPoint();
+  if (mode == SelectMode::kWindow) return a.x >= lo.x && b.x <= hi.x && a.y >= lo.y && b.y <= hi.y;
+  return a.x <= hi.x && b.x >= lo.x && a.y <= hi.y && b.y >= lo.y;
+}
 
 // True when every coordinate of the entity's defining points is finite.
 bool hasFiniteGeometry(const AcDbEntity* entity);
